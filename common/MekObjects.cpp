@@ -1,0 +1,141 @@
+#include "MekObjects.h"
+
+#include <algorithm>
+
+#include "MekExceptions.h"
+#include "MekFormat.h"
+
+namespace tavo {
+
+bool TClass::InheritsFrom(const TClass& Other) const {
+  for (const TClass* Class = this; Class; Class = Class->Parent)
+    if (Class == &Other) return true;
+  return false;
+}
+
+const TClass& TObject::StaticClass() {
+  static const TClass Class{u"TObject", nullptr, &TClassFactory<TObject>::Create};
+  return Class;
+}
+
+void TPersistent::Assign(const TPersistent* Source) {
+  if (Source)
+    Source->AssignTo(this);
+  else
+    AssignError(nullptr);
+}
+
+void TPersistent::AssignTo(TPersistent* Dest) const { Dest->AssignError(this); }
+
+void TPersistent::AssignError(const TPersistent* Source) const {
+  String SourceName = Source ? Source->ClassName() : String(u"nil");
+  throw EMekException(Format(u"Cannot assign a %s to a %s", SourceName, ClassName()));
+}
+
+ICloneableObject TCloneableObject::Clone() const {
+  std::unique_ptr<TPersistent> Copy = ClonePersistentClass(this, ClassType());
+  return ICloneableObject(static_cast<TCloneableObject*>(Copy.release()));
+}
+
+int32_t TCloneableObject::GetHashCode() const {
+  return int32_t(reinterpret_cast<uintptr_t>(this));
+}
+
+std::unique_ptr<TPersistent> ClonePersistentClass(const TPersistent* Source, const TClass& Class) {
+  TObject* Instance = Class.Create ? Class.Create() : nullptr;
+  std::unique_ptr<TPersistent> Result(dynamic_cast<TPersistent*>(Instance));
+  if (!Result) {
+    delete Instance;
+    throw EMekException(Format(u"Cannot create an instance of class %s", String(Class.Name)));
+  }
+  Result->AfterConstruction();
+  Result->Assign(Source);
+  return Result;
+}
+
+TComponent::TComponent(TComponent* AOwner) {
+  if (AOwner) AOwner->InsertComponent(this);
+}
+
+TComponent::~TComponent() {
+  Destroying();
+  // A peer may unregister others, or be freed, while it is told.
+  while (!FFreeNotifies.empty()) {
+    TComponent* Peer = FFreeNotifies.back();
+    FFreeNotifies.pop_back();
+    Peer->RemoveNotification(this);
+    Peer->Notification(this, opRemove);
+  }
+  DestroyComponents();
+  if (FOwner) FOwner->RemoveComponent(this);
+}
+
+void TComponent::InsertComponent(TComponent* Component) {
+  if (Component->FOwner) Component->FOwner->RemoveComponent(Component);
+  FComponents.push_back(Component);
+  Component->FOwner = this;
+  Notification(Component, opInsert);
+}
+
+void TComponent::RemoveComponent(TComponent* Component) {
+  auto It = std::find(FComponents.begin(), FComponents.end(), Component);
+  if (It == FComponents.end()) return;
+  Notification(Component, opRemove);
+  FComponents.erase(std::find(FComponents.begin(), FComponents.end(), Component));
+  Component->FOwner = nullptr;
+}
+
+void TComponent::DestroyComponents() {
+  while (!FComponents.empty()) {
+    TComponent* Component = FComponents.back();
+    RemoveComponent(Component);
+    delete Component;
+  }
+}
+
+void TComponent::FreeNotification(TComponent* Component) {
+  if (!Component || Component == this) return;
+  if (std::find(FFreeNotifies.begin(), FFreeNotifies.end(), Component) == FFreeNotifies.end())
+    FFreeNotifies.push_back(Component);
+  if (std::find(Component->FFreeNotifies.begin(), Component->FFreeNotifies.end(), this) ==
+      Component->FFreeNotifies.end())
+    Component->FFreeNotifies.push_back(this);
+}
+
+void TComponent::RemoveFreeNotification(TComponent* Component) {
+  if (!Component) return;
+  RemoveNotification(Component);
+  Component->RemoveNotification(this);
+}
+
+void TComponent::RemoveNotification(TComponent* Component) {
+  auto It = std::find(FFreeNotifies.begin(), FFreeNotifies.end(), Component);
+  if (It != FFreeNotifies.end()) FFreeNotifies.erase(It);
+}
+
+void TComponent::SetLoading(bool Value) {
+  if (Value)
+    FComponentState.Include(csLoading);
+  else
+    FComponentState.Exclude(csLoading);
+}
+
+void TComponent::Notification(TComponent* Component, TOperation Operation) {
+  if (Operation == opRemove) RemoveNotification(Component);
+}
+
+TComponent* CloneComponent(const TComponent* Source) {
+  const TClass& Class = Source->ClassType();
+  TObject* Instance = Class.Create ? Class.Create() : nullptr;
+  std::unique_ptr<TComponent> Result(dynamic_cast<TComponent*>(Instance));
+  if (!Result) {
+    delete Instance;
+    return nullptr;
+  }
+  Result->AfterConstruction();
+  if (Source->GetOwner()) Source->GetOwner()->InsertComponent(Result.get());
+  Result->Assign(Source);
+  return Result.release();
+}
+
+}  // namespace tavo

@@ -1,0 +1,251 @@
+// Object model of the common layer: class references, persistent objects,
+// counted objects with TRef, the owner component and the cloneable base that
+// every shared object of the engine derives from.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "MekSet.h"
+#include "MekStrings.h"
+
+namespace tavo {
+
+class TObject;
+
+// A plain notification with its sender.
+using TNotifyEvent = std::function<void(TObject* Sender)>;
+
+// A class reference: the run-time description of a class, with the means to
+// make a new instance of it (null for abstract classes and classes that need
+// constructor arguments).
+struct TClass {
+  const char16_t* Name;
+  const TClass* Parent;
+  TObject* (*Create)();
+
+  bool InheritsFrom(const TClass& Other) const;
+};
+
+template <class T>
+struct TClassFactory {
+  static TObject* Create() {
+    if constexpr (std::is_default_constructible_v<T> && !std::is_abstract_v<T>)
+      return new T();
+    else
+      return nullptr;
+  }
+};
+
+// Declares the class reference of a class; put it first in the class body.
+#define TAVO_CLASS(ClassName, ParentName)                                              \
+ public:                                                                               \
+  static const ::tavo::TClass& StaticClass() {                                         \
+    static const ::tavo::TClass Class{u"" #ClassName, &ParentName::StaticClass(),      \
+                                      &::tavo::TClassFactory<ClassName>::Create};      \
+    return Class;                                                                      \
+  }                                                                                    \
+  const ::tavo::TClass& ClassType() const override { return StaticClass(); }          \
+                                                                                       \
+ private:
+
+// Root of every class that a value can hold as an object.
+class TObject {
+ public:
+  virtual ~TObject() = default;
+
+  static const TClass& StaticClass();
+  virtual const TClass& ClassType() const { return StaticClass(); }
+  String ClassName() const { return ClassType().Name; }
+  bool InheritsFrom(const TClass& Class) const { return ClassType().InheritsFrom(Class); }
+
+  // Runs once the object is fully constructed (see Make); virtual calls are
+  // safe here, unlike in a constructor.
+  virtual void AfterConstruction() {}
+  // The object's text; the class name unless a class says otherwise.
+  virtual String ToString() const { return ClassName(); }
+};
+
+// An object that can copy itself from another by Assign.
+class TPersistent : public TObject {
+  TAVO_CLASS(TPersistent, TObject)
+ public:
+  // Copies Source into this object; the default asks Source to AssignTo.
+  virtual void Assign(const TPersistent* Source);
+  // Copies this object into Dest; the default raises.
+  virtual void AssignTo(TPersistent* Dest) const;
+
+ protected:
+  [[noreturn]] void AssignError(const TPersistent* Source) const;
+};
+
+// Adds an atomic reference count to Base; the object deletes itself when the
+// last TRef lets go.
+template <class Base>
+class TCounted : public Base {
+ public:
+  using Base::Base;
+
+  void AddRef() const noexcept { FRefCount.fetch_add(1, std::memory_order_relaxed); }
+  void Release() const noexcept {
+    if (FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+  }
+  int32_t RefCount() const noexcept { return FRefCount.load(std::memory_order_relaxed); }
+
+ private:
+  mutable std::atomic<int32_t> FRefCount{0};
+};
+
+using TCountedObject = TCounted<TObject>;
+
+// The counted reference. Each I name of the engine is one of these.
+template <class T>
+class TRef {
+ public:
+  TRef() noexcept = default;
+  TRef(std::nullptr_t) noexcept {}
+  TRef(T* Ptr) noexcept : FPtr(Ptr) {
+    if (FPtr) FPtr->AddRef();
+  }
+  TRef(const TRef& Other) noexcept : TRef(Other.FPtr) {}
+  TRef(TRef&& Other) noexcept : FPtr(std::exchange(Other.FPtr, nullptr)) {}
+  template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+  TRef(const TRef<U>& Other) noexcept : TRef(Other.Get()) {}
+  template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+  TRef(TRef<U>&& Other) noexcept : FPtr(Other.Detach()) {}
+  ~TRef() {
+    if (FPtr) FPtr->Release();
+  }
+
+  TRef& operator=(const TRef& Other) noexcept {
+    TRef(Other).Swap(*this);
+    return *this;
+  }
+  TRef& operator=(TRef&& Other) noexcept {
+    TRef(std::move(Other)).Swap(*this);
+    return *this;
+  }
+
+  T* Get() const noexcept { return FPtr; }
+  T* operator->() const noexcept { return FPtr; }
+  T& operator*() const noexcept { return *FPtr; }
+  explicit operator bool() const noexcept { return FPtr != nullptr; }
+
+  void Reset() noexcept { TRef().Swap(*this); }
+  void Swap(TRef& Other) noexcept { std::swap(FPtr, Other.FPtr); }
+  // Gives up the reference without releasing it.
+  T* Detach() noexcept { return std::exchange(FPtr, nullptr); }
+
+  friend bool operator==(const TRef& A, const TRef& B) noexcept { return A.FPtr == B.FPtr; }
+  friend bool operator==(const TRef& A, std::nullptr_t) noexcept { return A.FPtr == nullptr; }
+  friend bool operator==(const TRef& A, const T* B) noexcept { return A.FPtr == B; }
+
+ private:
+  T* FPtr = nullptr;
+};
+
+// The one way to make a shared object: construct it, hold it, then run its
+// after-construction step.
+template <class T, class... A>
+TRef<T> Make(A&&... Args) {
+  TRef<T> Result(new T(std::forward<A>(Args)...));
+  Result->AfterConstruction();
+  return Result;
+}
+
+// Asks a counted reference for another interface of its object; null when
+// the object does not offer it.
+template <class T, class U>
+TRef<T> RefCast(const TRef<U>& Source) noexcept {
+  return TRef<T>(dynamic_cast<T*>(Source.Get()));
+}
+
+// The base of every shared object of the engine: counted, persistent,
+// cloneable, comparable, with a free Tag for the host.
+class TCloneableObject : public TCounted<TPersistent> {
+  TAVO_CLASS(TCloneableObject, TPersistent)
+ public:
+  using TPersistent::Assign;
+  // Copies from another shared object through its interface.
+  virtual void Assign(const TRef<TCloneableObject>& Source) { Assign(Source.Get()); }
+  virtual TRef<TCloneableObject> Clone() const;
+  // Equality with any object, which may be of another kind.
+  virtual bool Equals(const TCloneableObject* Other) const { return Other == this; }
+  virtual int32_t GetHashCode() const;
+
+  intptr_t GetTag() const { return FTag; }
+  virtual void SetTag(intptr_t Value) { FTag = Value; }
+
+ protected:
+  intptr_t FTag = 0;
+};
+
+using ICloneableObject = TRef<TCloneableObject>;
+
+// Makes a new instance of Class and assigns Source to it. Fails when the
+// class cannot be instantiated without arguments or is not persistent.
+std::unique_ptr<TPersistent> ClonePersistentClass(const TPersistent* Source, const TClass& Class);
+
+enum TOperation { opInsert, opRemove };
+enum TComponentStateFlag { csLoading, csDestroying };
+using TComponentState = TSet<TComponentStateFlag>;
+
+// An object that owns sub-components (freed with it) and tells registered
+// peers when it goes away. Components are plain objects, not counted.
+//
+// A component's Notification runs during the teardown of its peers and of its
+// owned components; a derived class that needs its own Notification to run
+// while it is itself being destroyed calls DestroyComponents in its own
+// destructor.
+class TComponent : public TPersistent {
+  TAVO_CLASS(TComponent, TPersistent)
+ public:
+  explicit TComponent(TComponent* AOwner = nullptr);
+  ~TComponent() override;
+  TComponent(const TComponent&) = delete;
+  TComponent& operator=(const TComponent&) = delete;
+
+  TComponent* GetOwner() const { return FOwner; }
+  int GetComponentCount() const { return int(FComponents.size()); }
+  TComponent* GetComponent(int Index) const { return FComponents.at(size_t(Index)); }
+  void InsertComponent(TComponent* Component);
+  void RemoveComponent(TComponent* Component);
+  // Frees every owned component, last first.
+  void DestroyComponents();
+
+  // Registers Component for a Notification when this one is freed, and the
+  // other way round.
+  void FreeNotification(TComponent* Component);
+  void RemoveFreeNotification(TComponent* Component);
+
+  const TComponentState& GetComponentState() const { return FComponentState; }
+  void SetLoading(bool Value);
+  bool IsDestroying() const { return FComponentState.Contains(csDestroying); }
+  // Marks the component as being destroyed; the destructor does it too.
+  void Destroying() { FComponentState.Include(csDestroying); }
+
+  // Component was inserted into or is being removed from this component, or
+  // a peer registered by FreeNotification is being freed.
+  virtual void Notification(TComponent* Component, TOperation Operation);
+
+ private:
+  void RemoveNotification(TComponent* Component);
+
+  TComponent* FOwner = nullptr;
+  std::vector<TComponent*> FComponents;
+  std::vector<TComponent*> FFreeNotifies;
+  TComponentState FComponentState;
+};
+
+// Makes a component of Source's class under Source's owner and assigns Source
+// to it: the road by which owned objects are copied. The owner, if any, owns
+// the result. Null when the class has no default factory.
+TComponent* CloneComponent(const TComponent* Source);
+
+}  // namespace tavo

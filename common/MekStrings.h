@@ -1,0 +1,53 @@
+// Strings of the system: 16-bit code units inside, UTF-8 at the edges.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace tavo {
+
+using String = std::u16string;
+using StringView = std::u16string_view;
+
+// Each ill-formed sequence becomes one U+FFFD; code points above U+FFFF
+// become surrogate pairs.
+String Utf8ToString(std::string_view Text);
+// Lone surrogates become U+FFFD.
+std::string StringToUtf8(StringView Text);
+
+String IntToStr(int64_t Value);
+// Upper-case hexadecimal, zero-padded to at least Digits digits.
+String IntToHex(uint64_t Value, int Digits);
+
+// Case mapping covers ASCII and the Latin-1 letters only.
+String UpperCase(StringView Text);
+String LowerCase(StringView Text);
+bool SameText(StringView A, StringView B);
+// Both return <0, 0 or >0. CompareText folds case; CompareStr compares
+// code units as they are.
+int CompareText(StringView A, StringView B);
+int CompareStr(StringView A, StringView B);
+
+// Blanks are all code units up to U+0020.
+String Trim(StringView Text);
+String TrimLeft(StringView Text);
+String TrimRight(StringView Text);
+
+// Leading blanks, an optional sign, then decimal digits or hexadecimal
+// digits after "$" or "0x". Hexadecimal gives the bit pattern, so
+// "$FFFFFFFF" is -1. Value is left untouched on failure.
+bool TryStrToInt(StringView Text, int32_t& Value);
+bool TryStrToInt64(StringView Text, int64_t& Value);
+// Always '.' as decimal separator, whatever the locale. A value too large
+// for a double fails; one too small becomes zero.
+bool TryStrToFloat(StringView Text, double& Value);
+
+// Fast hash over the code units; a different seed gives a different hash
+// for the same text.
+int32_t CalculateHash(StringView Text, int32_t Seed);
+inline int32_t CalculateHash(StringView Text) { return CalculateHash(Text, 0); }
+
+bool FloatEquals(double A, double B, double Epsilon);
+
+}  // namespace tavo
