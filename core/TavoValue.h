@@ -1,0 +1,213 @@
+// The tagged value: one counted, mutable cell that holds every datum the
+// engine stores, matches, evaluates or prints.
+#pragma once
+
+#include <cstdint>
+
+#include "common/MekGenerics.h"
+#include "core/TavoConsts.h"
+#include "core/TavoInterfaces.h"
+
+namespace tavo {
+
+class TTavoValue;
+
+// The payload. Strings and interfaces have fields of their own; the numeric
+// kinds overlay one area, read by the tag.
+struct TTavoValueRec {
+  String Str;
+  ICloneableObject VInterface;
+  union {
+    int32_t VInteger;
+    double VExtended;
+    void* VPointer;
+    TObject* VObject;
+    const TClass* VClass;
+  };
+  TTavoValueRec() : VExtended(0) {}
+};
+
+// Lets a value take part in a component's free notification: it forwards
+// every Notification to the value that made it.
+class TTavoValueNexus : public TComponent {
+  TAVO_CLASS(TTavoValueNexus, TComponent)
+ public:
+  explicit TTavoValueNexus(TTavoValue* Value = nullptr) : FValue(Value) {}
+  void Notification(TComponent* Component, TOperation Operation) override;
+
+ private:
+  TTavoValue* FValue;
+};
+
+class TTavoValue : public TCloneableObject {
+  TAVO_CLASS(TTavoValue, TCloneableObject)
+ public:
+  TTavoValue() = default;
+  explicit TTavoValue(const TClass* Class);
+  TTavoValue(int32_t Value, TTavoType Type);
+  TTavoValue(String Text, TTavoType Type);
+  explicit TTavoValue(double Value);
+  explicit TTavoValue(const ITavoValue& Source);
+  TTavoValue(TObject* Object, bool Owns);
+  // A value holding an interface (list, call, fact, singletons, fuzzy set),
+  // shared, not copied.
+  template <class T, class = decltype(TValueInterfaceType<T>::Type)>
+  explicit TTavoValue(const TRef<T>& Intf) {
+    FTavoType = TValueInterfaceType<T>::Type;
+    FValue.VInterface = Intf;
+  }
+  ~TTavoValue() override;
+
+  // Copying. Assign(persistent) is the road of Clone and shares lists;
+  // Assign(interface) gives a list value a vector of its own.
+  void Assign(const TPersistent* Source) override;
+  void Assign(const ICloneableObject& Source) override;
+  void AssignTo(TPersistent* Dest) const override;
+  ICloneableObject Clone() const override;
+  ITavoValue CloneValue() const;
+
+  // Strict equality, the one of duplicate facts: 1 and 1.0 differ.
+  bool Equals(const ITavoValue& Other) const { return EqualsValue(Other.Get()); }
+  bool Equals(const TCloneableObject* Other) const override;
+  // Loose equality: the argument is read as this value's kind.
+  virtual bool EqualsStar(const ITavoValue& Other) const;
+  int32_t GetHashCode() const override;
+  String ToString() const override { return GetToString(); }
+  virtual String GetToString() const;
+
+  TTavoType GetDType() const { return FTavoType; }
+  const TTavoValueRec& GetValue() const { return FValue; }
+
+  // Readers: each converts or fails with SNotCorrectType.
+  String GetAsString() const;
+  String GetAsAtom() const { return GetAsString(); }
+  String GetAsVariable() const { return GetAsString(); }
+  String GetAsMultiVariable() const { return GetAsString(); }
+  String GetAsSlot() const { return GetAsString(); }
+  String GetAsMultiSlot() const { return GetAsString(); }
+  int32_t GetAsInteger() const;
+  double GetAsNumeric() const;
+  double GetAsFloat() const { return GetAsNumeric(); }
+  int32_t GetAsFactId() const;
+  int32_t GetAsDescriptor() const;
+  void* GetAsExternalAddress() const;
+  TObject* GetAsObject() const;
+  TObject* GetAsOwnedObject() const { return GetAsObject(); }
+  const TClass* GetAsClass() const;
+  template <class T = TFact>
+  TRef<T> GetAsFact() const { return GetAsInterface<T>(); }
+  template <class T = TFunctionCall>
+  TRef<T> GetAsFunCall() const { return GetAsInterface<T>(); }
+  template <class T = TValueVector>
+  TRef<T> GetAsList() const { return GetAsInterface<T>(); }
+  template <class T = TSingletonsVector>
+  TRef<T> GetAsSingletons() const { return GetAsInterface<T>(); }
+  template <class T = TIFuzzySet>
+  TRef<T> GetAsFuzzy() const { return GetAsInterface<T>(); }
+  // The held interface when the tag is T's, else SNotCorrectType.
+  template <class T>
+  TRef<T> GetAsInterface() const {
+    return TRef<T>(static_cast<T*>(
+        CheckedInterface(TValueInterfaceType<T>::Type, TValueInterfaceType<T>::Word)));
+  }
+
+  // Setters: Changing, store tag and payload, Changed.
+  virtual void SetAsAtom(const String& Value) { SetText(dtAtom, Value); }
+  virtual void SetAsString(const String& Value) { SetText(dtString, Value); }
+  virtual void SetAsVariable(const String& Value) { SetText(dtVariable, Value); }
+  virtual void SetAsMultiVariable(const String& Value) { SetText(dtMultiVariable, Value); }
+  virtual void SetAsSlot(const String& Value) { SetText(dtSlot, Value); }
+  virtual void SetAsMultiSlot(const String& Value) { SetText(dtMultiSlot, Value); }
+  virtual void SetAsInteger(int32_t Value) { SetInteger(dtInteger, Value); }
+  virtual void SetAsFactId(int32_t Value) { SetInteger(dtFactId, Value); }
+  virtual void SetAsDescriptor(int32_t Value) { SetInteger(dtDescriptor, Value); }
+  virtual void SetAsFloat(double Value);
+  virtual void SetAsExternalAddress(void* Value);
+  virtual void SetAsObject(TObject* Value);
+  virtual void SetAsOwnedObject(TObject* Value);
+  virtual void SetAsClass(const TClass* Value);
+  template <class T>
+  void SetAsFact(const TRef<T>& Value) { SetAsInterface(Value); }
+  template <class T>
+  void SetAsFunCall(const TRef<T>& Value) { SetAsInterface(Value); }
+  template <class T>
+  void SetAsList(const TRef<T>& Value) { SetAsInterface(Value); }
+  template <class T>
+  void SetAsSingletons(const TRef<T>& Value) { SetAsInterface(Value); }
+  template <class T>
+  void SetAsFuzzy(const TRef<T>& Value) { SetAsInterface(Value); }
+  template <class T>
+  void SetAsInterface(const TRef<T>& Value) {
+    SetInterface(TValueInterfaceType<T>::Type, ICloneableObject(Value));
+  }
+  void SetTag(intptr_t Value) override { FTag = Value; }
+
+  // True while the value owns a component, which it frees when it changes.
+  bool IsOwningObject() const { return FNexus != nullptr; }
+
+  // Back to dtNone, freeing an owned component; fires no event.
+  virtual void Reset();
+  // The datum this value stands for: the bound value of a variable, the
+  // result of a call, a fuzzy set for singletons; the value itself otherwise.
+  virtual ITavoValue Resolve(TObject* Context);
+
+  const TTavoValueChangeEvent& GetOnChange() const { return FOnChange; }
+  void SetOnChange(TTavoValueChangeEvent Value) { FOnChange = std::move(Value); }
+
+  // Free notification of an owned component.
+  virtual void Notification(TComponent* Component, TOperation Operation);
+
+ protected:
+  virtual void Changing(TTavoType NewType);
+  virtual void Changed();
+
+ private:
+  bool EqualsValue(const TTavoValue* Other) const;
+  [[noreturn]] void NotCorrectType(const char16_t* Word) const;
+  TCloneableObject* CheckedInterface(TTavoType Type, const char16_t* Word) const;
+  void SetText(TTavoType Type, const String& Value);
+  void SetInteger(TTavoType Type, int32_t Value);
+  void SetInterface(TTavoType Type, ICloneableObject Value);
+  void StoreOwnedObject(TObject* Object);
+  void CopyFromInterface(const TTavoValue* Value);
+  TObject* CloneOwnedObject() const;
+  void FreeOwnedObject();
+
+  TTavoValueRec FValue;
+  TTavoType FTavoType = dtNone;
+  std::unique_ptr<TTavoValueNexus> FNexus;
+  TTavoValueChangeEvent FOnChange;
+};
+
+// The shared constants. Ordinary values: nothing guards them, and callers
+// must not change them.
+extern const ITavoValue FCTrue;
+extern const ITavoValue FCFalse;
+extern const ITavoValue FCEmptyString;
+extern const ITavoValue FCNil;
+extern const ITavoValue FCNilList;
+extern const ITavoValue FCCatch;
+extern const ITavoValue FCFinally;
+extern const ITavoValue FCExcept;
+extern const ITavoValue FCElse;
+extern const ITavoValue FCDo;
+extern const ITavoValue FCEOF;
+extern const ITavoValue FCThen;
+extern const ITavoValue FCPI;
+extern const ITavoValue FCZero;
+extern const ITavoValue FCPopFocus;
+
+// True when Value is one of the shared constants (by identity), FCPopFocus
+// excepted.
+bool IsValueConstant(const ITavoValue& Value);
+bool IsValueConstant(const TTavoValue* Value);
+
+// A value reads as false exactly when it Equals FCFalse.
+inline bool IsFalse(const ITavoValue& Value) { return Value && Value->Equals(FCFalse); }
+
+// Truncates toward zero into 32 bits; values beyond the 64-bit range
+// saturate first, and only the low 32 bits are kept, as integer conversion
+// does everywhere in the engine.
+int32_t TruncToInt32(double Value);
+
+}  // namespace tavo
