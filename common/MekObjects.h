@@ -86,14 +86,15 @@ class TPersistent : public TObject {
 };
 
 // Adds an atomic reference count to Base; the object deletes itself when the
-// last TRef lets go.
+// last TRef lets go. The count's operations have names of their own, apart
+// from the Release that some engine objects offer for freeing their contents.
 template <class Base>
 class TCounted : public Base {
  public:
   using Base::Base;
 
-  void AddRef() const noexcept { FRefCount.fetch_add(1, std::memory_order_relaxed); }
-  void Release() const noexcept {
+  void AddReference() const noexcept { FRefCount.fetch_add(1, std::memory_order_relaxed); }
+  void ReleaseReference() const noexcept {
     if (FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
   }
   int32_t RefCount() const noexcept { return FRefCount.load(std::memory_order_relaxed); }
@@ -111,7 +112,7 @@ class TRef {
   TRef() noexcept = default;
   TRef(std::nullptr_t) noexcept {}
   TRef(T* Ptr) noexcept : FPtr(Ptr) {
-    if (FPtr) FPtr->AddRef();
+    if (FPtr) FPtr->AddReference();
   }
   TRef(const TRef& Other) noexcept : TRef(Other.FPtr) {}
   TRef(TRef&& Other) noexcept : FPtr(std::exchange(Other.FPtr, nullptr)) {}
@@ -120,7 +121,7 @@ class TRef {
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   TRef(TRef<U>&& Other) noexcept : FPtr(Other.Detach()) {}
   ~TRef() {
-    if (FPtr) FPtr->Release();
+    if (FPtr) FPtr->ReleaseReference();
   }
 
   TRef& operator=(const TRef& Other) noexcept {

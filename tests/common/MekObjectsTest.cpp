@@ -16,6 +16,7 @@ class TProbe : public TCloneableObject {
     if (FDeaths) ++*FDeaths;
   }
   void AfterConstruction() override { Constructed = RefCount(); }
+  using TCloneableObject::Assign;
   void Assign(const TPersistent* Source) override {
     if (auto* Probe = dynamic_cast<const TProbe*>(Source)) {
       Payload = Probe->Payload;

@@ -1,0 +1,209 @@
+// The inference engine: the one object a host creates and drives.
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "common/MekGenerics.h"
+#include "core/TavoConsts.h"
+#include "core/TavoInterfaces.h"
+#include "engine/TavoModule.h"
+#include "fuzzylib/FuzzyConsts.h"
+
+namespace tavo {
+
+enum TFunctionPackage {
+  pStandard,
+  pPredicate,
+  pMath,
+  pMiscellaneous,
+  pString,
+  pObject,
+  pTrigonometry,
+  pBusiness,
+  pFuzzyLogic
+};
+using TFunctionPackages = TSet<TFunctionPackage>;
+inline constexpr TFunctionPackages TavoAllPackages = TFunctionPackages::Range(pStandard, pFuzzyLogic);
+
+enum TTavoObjectType {
+  otAgenda,
+  otEngineVariables,
+  otFacts,
+  otFactSets,
+  otFactTemplates,
+  otGlobalVariables,
+  otDefinedTypes,
+  otIOStreams,
+  otRules,
+  otUserFunctions,
+  otReteNetwork,
+  otModules,
+  otFactsPending
+};
+
+using TModuleEvent = std::function<void(TObject* Sender, const IModule& Module)>;
+
+class TInferenceEngine : public TComponent {
+  TAVO_CLASS(TInferenceEngine, TComponent)
+ public:
+  explicit TInferenceEngine(TComponent* AOwner = nullptr);
+  ~TInferenceEngine() override;
+
+  // Runs the recognise-act cycle until the agenda and the focus stack are
+  // exhausted, halt is called, or MaxFirings rules have fired; gives the
+  // number of rules fired.
+  int Run(int MaxFirings);
+  int Run() { return Run(2147483647); }
+
+  // Symbols and ids.
+  String GenerateSymbol(const String& Prefix);
+  int GetSymbolIndex() const { return FSymbolIndex; }
+  // Moves the index to Value when that is greater; any other value moves it
+  // on by one, so the index never goes back.
+  void SetSymbolIndex(int Value);
+  int NewFactId() { return FFactIdCounter++; }
+  int NewRuleId() { return FRuleIdCounter++; }
+
+  // The engine's one lock, re-entrant, made on first use. A host that runs
+  // Run in a worker thread brackets its own calls with Lock and Unlock, and
+  // calls Lock once before it starts its threads.
+  void Lock();
+  void Unlock();
+
+  // Modules and focus.
+  const TModules& GetModules() const { return FModules; }
+  const TModules& GetFocusStack() const { return FFocusStack; }
+  const IModule& GetCurrentModule() const { return FCurrentModule; }
+  void SetCurrentModule(const IModule& Module);
+  // Adds a module, replacing one of the same name; the main module goes to
+  // index 0. Gives the module's index.
+  int AddModule(const IModule& Module);
+  // Takes a module out of the engine and the focus stack, freeing its objects.
+  virtual void RemoveModule(const IModule& Module);
+  IModule PeekFocus() const;
+  void PushFocus(const IModule& Module);
+  void PushFocus(StringView Name);
+  IModule PopFocus();
+  // A module asks to change its name from Old to New.
+  virtual void RenameModule(const String& OldName, const String& NewName);
+
+  // Output. "t" and the empty name are the standard channel, which goes to
+  // OnPrintOut; a name that no stream holds raises without a handler and is
+  // passed over with one.
+  virtual void PrintOut(const String& OutID, const String& Text);
+  void PrintOut(const String& Text) { PrintOut(String(), Text); }
+
+  // How many activations the current agenda holds.
+  int GetAgendaCount() const;
+  // How many facts the current module holds.
+  int GetFactCount() const;
+
+  // Published properties.
+  TDuplicateConstructs GetDuplicateConstructs() const { return FDuplicateConstructs; }
+  void SetDuplicateConstructs(TDuplicateConstructs Value) { FDuplicateConstructs = Value; }
+  TFunctionPackages GetPackages() const { return FPackages; }
+  void SetPackages(TFunctionPackages Value);
+  bool GetFactDuplication() const { return FFactDuplication; }
+  void SetFactDuplication(bool Value) { FFactDuplication = Value; }
+  bool GetFuzzyAutoTerms() const { return FFuzzyAutoTerms; }
+  void SetFuzzyAutoTerms(bool Value) { FFuzzyAutoTerms = Value; }
+  TFuzzyCorrelationMethod GetFuzzyCorrelationMethod() const { return FFuzzyCorrelationMethod; }
+  void SetFuzzyCorrelationMethod(TFuzzyCorrelationMethod Value) { FFuzzyCorrelationMethod = Value; }
+  TFuzzyInferenceMethod GetFuzzyInferenceMethod() const { return FFuzzyInferenceMethod; }
+  void SetFuzzyInferenceMethod(TFuzzyInferenceMethod Value) { FFuzzyInferenceMethod = Value; }
+  float GetFuzzyEqualsThreshold() const { return FFuzzyEqualsThreshold; }
+  void SetFuzzyEqualsThreshold(float Value) { FFuzzyEqualsThreshold = Value; }
+  float GetMinActivationStrength() const { return FMinActivationStrength; }
+  void SetMinActivationStrength(float Value) { FMinActivationStrength = Value; }
+  TErrorHandling GetParserErrorHandling() const { return FParserErrorHandling; }
+  void SetParserErrorHandling(TErrorHandling Value) { FParserErrorHandling = Value; }
+  int GetParserMaxErrors() const { return FParserMaxErrors; }
+  void SetParserMaxErrors(int Value) { FParserMaxErrors = Value; }
+  bool GetResetGlobals() const { return FResetGlobals; }
+  void SetResetGlobals(bool Value) { FResetGlobals = Value; }
+  TSearchStrategy GetStrategy() const { return FStrategy; }
+  virtual void SetStrategy(TSearchStrategy Value);
+  TTypeChecks GetTypeChecks() const { return FTypeChecks; }
+  void SetTypeChecks(TTypeChecks Value) { FTypeChecks = Value; }
+  TConstructWatches GetWatch() const { return FWatch; }
+  void SetWatch(TConstructWatches Value) { FWatch = Value; }
+  // Set by the host only; no operation of the engine changes it.
+  TSalience GetEvalSalience() const { return FEvalSalience; }
+  void SetEvalSalience(TSalience Value) { FEvalSalience = Value; }
+  float GetVersion() const { return FVersion; }
+  bool GetHalt() const { return FHalt; }
+  void SetHalt(bool Value) { FHalt = Value; }
+
+  // Statistics of the last run (gathered when cwStatistics is watched).
+  int GetStatNumRulesFired() const { return FStatNumRulesFired; }
+  double GetStatRunTime() const { return FStatRunTime; }
+  int GetStatMaxActivations() const { return FStatMaxActivations; }
+  float GetStatMeanActivations() const { return FStatMeanActivations; }
+  int GetStatMaxFacts() const { return FStatMaxFacts; }
+  float GetStatMeanFacts() const { return FStatMeanFacts; }
+
+  // Events. Each is tested for being assigned before the call; the
+  // destructor unhooks them all first.
+  TPrintOutEvent OnPrintOut;
+  TReadLineEvent OnReadLine;
+  TNotifyEvent OnAddDefaultPackages;
+  TNotifyEvent OnStartInference;
+  TInferenceEvent OnEndInference;
+  TModuleEvent OnPushFocus;
+  TModuleEvent OnPopFocus;
+  TNotifyEvent OnChangeCurrentModule;
+  TModuleEvent OnAddModule;
+  TModuleEvent OnRemoveModule;
+  TNotifyEvent OnClear;
+  TNotifyEvent OnReset;
+
+ protected:
+  // Loads the function packages named by Packages, then OnAddDefaultPackages.
+  virtual void AddDefaultPackages();
+  virtual void BeginInference();
+  virtual void EndInference();
+  virtual void DoChangeCurrentModule();
+
+ private:
+  void UnhookEvents();
+  void RunFiringLoop(int MaxFirings);
+  void PrintStatistics();
+  bool Watching(TConstructWatch Watch) const { return FWatch.Contains(Watch) && OnPrintOut != nullptr; }
+  static double ClockSeconds();
+
+  friend class TModule;
+
+  std::unique_ptr<std::recursive_mutex> FCriticalSection;
+  int FFactIdCounter = 0;
+  int FRuleIdCounter = 0;
+  TSearchStrategy FStrategy = ssDepthFirst;
+  TSalience FEvalSalience = sActivate;
+  bool FHalt = false;
+  int FSymbolIndex = 1;
+  bool FResetGlobals = true;
+  TConstructWatches FWatch;
+  float FVersion = 5.0f;
+  TFunctionPackages FPackages;
+  bool FFactDuplication = false;
+  int FStatNumRulesFired = 0;
+  double FStatRunTime = 0;
+  int FStatMaxActivations = 0;
+  float FStatMeanActivations = 0;
+  float FStatMeanFacts = 0;
+  int FStatMaxFacts = 0;
+  TTypeChecks FTypeChecks;
+  TDuplicateConstructs FDuplicateConstructs = dcOverwrite;
+  int FParserMaxErrors = 10;
+  TErrorHandling FParserErrorHandling = ehRaiseImmediate;
+  TFuzzyInferenceMethod FFuzzyInferenceMethod = fimMinMax;
+  TFuzzyCorrelationMethod FFuzzyCorrelationMethod = fcmMinimum;
+  bool FFuzzyAutoTerms = true;
+  float FFuzzyEqualsThreshold = 0.01f;
+  float FMinActivationStrength = 0;
+  TModules FModules;
+  TModules FFocusStack;
+  IModule FCurrentModule;
+};
+
+}  // namespace tavo

@@ -1,0 +1,233 @@
+#include "engine/InferenceEngine.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace tavo {
+namespace {
+
+// An engine whose printed text and events are recorded.
+struct TRecordedEngine {
+  TRecordedEngine() {
+    Engine.OnPrintOut = [this](TObject*, const String& OutID, const String& Text) {
+      Printed += Text;
+      LastOutID = OutID;
+    };
+    Engine.OnStartInference = [this](TObject*) { Log += u"start;"; };
+    Engine.OnEndInference = [this](TObject*, int Fired) { Log += u"end " + IntToStr(Fired) + u";"; };
+    Engine.OnPushFocus = [this](TObject*, const IModule& M) { Log += u"push " + M->GetName() + u";"; };
+    Engine.OnPopFocus = [this](TObject*, const IModule& M) { Log += u"pop " + M->GetName() + u";"; };
+  }
+  IModule AddModule(const char16_t* Name) {
+    IModule Module = Make<TModule>(&Engine);
+    Module->SetName(Name);
+    Engine.AddModule(Module);
+    return Module;
+  }
+  String FocusNames() const { return Engine.GetFocusStack().ToNamesString(); }
+
+  TInferenceEngine Engine;
+  String Printed;
+  String LastOutID = u"(none)";
+  String Log;
+};
+
+template <class F>
+String FailureOf(F&& Action) {
+  try {
+    Action();
+  } catch (const EMekException& E) {
+    return E.Message();
+  }
+  return u"(no failure)";
+}
+
+TEST(InferenceEngineTest, NewEngineStartsOnMainWithPublishedDefaults) {
+  TInferenceEngine Engine;
+  ASSERT_EQ(Engine.GetModules().Count(), 1);
+  EXPECT_EQ(Engine.GetModules().Get(0)->GetName(), u"MAIN");
+  EXPECT_TRUE(Engine.GetModules().Get(0)->IsMain());
+  EXPECT_EQ(Engine.GetFocusStack().ToNamesString(), u"MAIN");
+  EXPECT_EQ(Engine.GetCurrentModule(), Engine.GetModules().Get(0));
+  EXPECT_EQ(Engine.GetDuplicateConstructs(), dcOverwrite);
+  EXPECT_EQ(Engine.GetPackages(), TavoAllPackages);
+  EXPECT_FALSE(Engine.GetFactDuplication());
+  EXPECT_TRUE(Engine.GetFuzzyAutoTerms());
+  EXPECT_FLOAT_EQ(Engine.GetFuzzyEqualsThreshold(), 0.01f);
+  EXPECT_EQ(Engine.GetParserErrorHandling(), ehRaiseImmediate);
+  EXPECT_EQ(Engine.GetParserMaxErrors(), 10);
+  EXPECT_TRUE(Engine.GetResetGlobals());
+  EXPECT_EQ(Engine.GetStrategy(), ssDepthFirst);
+  EXPECT_EQ(Engine.GetSymbolIndex(), 1);
+  EXPECT_EQ(Engine.GetTypeChecks(), TTypeChecks{tcStatic});
+  EXPECT_TRUE(Engine.GetWatch().Empty());
+  EXPECT_EQ(Engine.GetEvalSalience(), sActivate);
+  EXPECT_FLOAT_EQ(Engine.GetVersion(), 5.0f);
+}
+
+TEST(InferenceEngineTest, RunOnAnEmptyAgendaPopsTheFocusAndHalts) {
+  TRecordedEngine R;
+  R.Engine.SetWatch({cwFocus});
+  EXPECT_EQ(R.Engine.Run(), 0);
+  EXPECT_EQ(R.FocusNames(), u"");
+  EXPECT_TRUE(R.Engine.GetHalt());
+  EXPECT_EQ(R.Engine.GetCurrentModule()->GetName(), u"MAIN") << "the current module stays";
+  EXPECT_EQ(R.Printed, u"<== Focus MAIN\r\n");
+  EXPECT_EQ(R.LastOutID, u"") << "engine output passes the empty name";
+  EXPECT_EQ(R.Log, u"start;pop MAIN;end 0;");
+
+  // The next run starts on MAIN again; a halt does not carry over.
+  R.Printed.clear();
+  R.Log.clear();
+  EXPECT_EQ(R.Engine.Run(), 0);
+  EXPECT_EQ(R.Printed, u"==> Focus MAIN\r\n<== Focus MAIN\r\n");
+  EXPECT_EQ(R.Log, u"start;push MAIN;pop MAIN;end 0;");
+}
+
+TEST(InferenceEngineTest, RunWithNoFiringsAllowedKeepsTheFocus) {
+  TRecordedEngine R;
+  EXPECT_EQ(R.Engine.Run(0), 0);
+  EXPECT_EQ(R.FocusNames(), u"MAIN");
+  EXPECT_FALSE(R.Engine.GetHalt());
+  EXPECT_EQ(R.Log, u"start;end 0;");
+}
+
+TEST(InferenceEngineTest, StatisticsPrintNothingWhenNoRuleFired) {
+  TRecordedEngine R;
+  R.Engine.SetWatch({cwStatistics});
+  EXPECT_EQ(R.Engine.Run(), 0);
+  EXPECT_EQ(R.Printed, u"");
+  EXPECT_EQ(R.Log, u"start;pop MAIN;end 0;");
+  EXPECT_GE(R.Engine.GetStatRunTime(), 0.0);
+  EXPECT_LT(R.Engine.GetStatRunTime(), 60.0) << "a span in seconds, not a clock reading";
+  EXPECT_EQ(R.Engine.GetStatNumRulesFired(), 0);
+}
+
+TEST(InferenceEngineTest, SymbolsAndIdsCount) {
+  TInferenceEngine Engine;
+  EXPECT_EQ(Engine.GenerateSymbol(u"gen"), u"gen1");
+  EXPECT_EQ(Engine.GenerateSymbol(u"gen"), u"gen2");
+  Engine.SetSymbolIndex(10);
+  EXPECT_EQ(Engine.GetSymbolIndex(), 10);
+  Engine.SetSymbolIndex(3);
+  EXPECT_EQ(Engine.GetSymbolIndex(), 11) << "going back moves the index forward";
+  Engine.SetSymbolIndex(11);
+  EXPECT_EQ(Engine.GetSymbolIndex(), 12);
+  EXPECT_EQ(Engine.NewFactId(), 0);
+  EXPECT_EQ(Engine.NewFactId(), 1);
+  EXPECT_EQ(Engine.NewRuleId(), 0);
+}
+
+TEST(InferenceEngineTest, FocusStackPushesAndPopsWithWatchLines) {
+  TRecordedEngine R;
+  IModule A = R.AddModule(u"A");
+  IModule B = R.AddModule(u"B");
+  EXPECT_EQ(R.Engine.GetCurrentModule(), R.Engine.GetModules().Get(0)) << "adding keeps the current module";
+  R.Engine.SetWatch({cwFocus});
+  R.Engine.PushFocus(u"A");
+  R.Engine.PushFocus(B);
+  R.Engine.PushFocus(B);  // already on top: nothing at all
+  EXPECT_EQ(R.FocusNames(), u"B A MAIN");
+  EXPECT_EQ(R.Engine.GetCurrentModule(), B);
+  EXPECT_EQ(R.Engine.PopFocus(), B);
+  EXPECT_EQ(R.Engine.GetCurrentModule(), A);
+  EXPECT_EQ(R.Engine.PopFocus(), A);
+  EXPECT_EQ(R.Engine.PopFocus()->GetName(), u"MAIN");
+  EXPECT_FALSE(R.Engine.PopFocus());
+  EXPECT_TRUE(R.Engine.GetHalt());
+  EXPECT_EQ(R.Engine.GetCurrentModule(), R.Engine.GetModules().Get(0));
+  EXPECT_EQ(R.Printed,
+            u"==> Focus A from MAIN\r\n==> Focus B from A\r\n==> Focus B to A\r\n"
+            u"==> Focus A to MAIN\r\n<== Focus MAIN\r\n");
+  EXPECT_EQ(R.Log, u"push A;push B;pop B;pop A;pop MAIN;");
+  EXPECT_EQ(FailureOf([&] { R.Engine.PushFocus(u"nowhere"); }),
+            u"No such module with name=nowhere exists");
+}
+
+TEST(InferenceEngineTest, ModuleNamesAreCheckedAndUnique) {
+  TRecordedEngine R;
+  IModule A = R.AddModule(u"A");
+  IModule Main = R.Engine.GetModules().Get(0);
+  const String Reserved = u"Module \"MAIN\" is reserved name and cannot be used for any other module";
+  EXPECT_EQ(FailureOf([&] { A->SetName(u"MAIN"); }), Reserved);
+  EXPECT_EQ(FailureOf([&] { Main->SetName(u"OTHER"); }), Reserved);
+  EXPECT_EQ(FailureOf([&] { A->SetName(u"a;b"); }), u"\"a;b\" contains unexpected character: \";\"");
+  IModule B = R.AddModule(u"B");
+  EXPECT_EQ(FailureOf([&] { B->SetName(u"A"); }), u"Module Name already exists: \"A\"");
+  EXPECT_EQ(B->GetName(), u"B") << "a refused name leaves the old one";
+  R.Engine.RenameModule(u"B", u"C");
+  EXPECT_EQ(B->GetName(), u"C");
+  EXPECT_EQ(R.Engine.GetModules().ToNamesString(), u"MAIN A C");
+}
+
+TEST(InferenceEngineTest, ModuleOfAnExistingNameReplacesIt) {
+  TRecordedEngine R;
+  IModule First = R.AddModule(u"A");
+  R.Engine.PushFocus(First);
+  R.Engine.PushFocus(u"MAIN");
+  R.Engine.PushFocus(First);
+  IModule Second = R.AddModule(u"A");
+  EXPECT_EQ(R.Engine.GetModules().Count(), 2);
+  EXPECT_EQ(R.Engine.GetModules().Get(1), Second);
+  EXPECT_EQ(R.FocusNames(), u"MAIN MAIN") << "every entry of the old module leaves the stack";
+  // A second main module takes index 0.
+  IModule NewMain = Make<TModule>(&R.Engine, true);
+  NewMain->SetName(u"MAIN");
+  R.Engine.AddModule(NewMain);
+  EXPECT_EQ(R.Engine.GetModules().Get(0), NewMain);
+  EXPECT_EQ(R.Engine.GetModules().Count(), 2);
+}
+
+TEST(InferenceEngineTest, OutputGoesToTheHandlerOrNowhere) {
+  TInferenceEngine Engine;
+  EXPECT_NO_THROW(Engine.PrintOut(u"t", u"lost"));
+  EXPECT_EQ(FailureOf([&] { Engine.PrintOut(u"nosuch", u"x"); }),
+            u"Function is unimplemented or unassigned: printout");
+  int Calls = 0;
+  Engine.OnPrintOut = [&](TObject* Sender, const String& OutID, const String& Text) {
+    EXPECT_EQ(Sender, &Engine);
+    EXPECT_EQ(OutID, u"t");
+    EXPECT_EQ(Text, u"hello");
+    ++Calls;
+  };
+  Engine.PrintOut(u"t", u"hello");
+  Engine.PrintOut(u"nosuch", u"x");  // passed over, the handler is not called
+  EXPECT_EQ(Calls, 1);
+}
+
+TEST(InferenceEngineTest, LockIsReentrantAndHoldsOtherThreadsOff) {
+  TInferenceEngine Engine;
+  Engine.Unlock();  // before the first Lock: nothing to leave
+  Engine.Lock();
+  Engine.Lock();
+  std::atomic<bool> Entered{false};
+  std::thread Other([&] {
+    Engine.Lock();
+    Entered = true;
+    Engine.Unlock();
+  });
+  Engine.Unlock();
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(Entered) << "still held once";
+  Engine.Unlock();
+  Other.join();
+  EXPECT_TRUE(Entered);
+}
+
+TEST(InferenceEngineTest, ModulesOutliveTheirEngineSafely) {
+  IModule Kept;
+  {
+    TRecordedEngine R;
+    Kept = R.AddModule(u"A");
+    R.Engine.OnRemoveModule = [](TObject*, const IModule&) { FAIL() << "no handler during teardown"; };
+  }
+  EXPECT_EQ(Kept->GetExpertSystem(), nullptr);
+  Kept->SetName(u"B");
+  EXPECT_EQ(Kept->GetName(), u"B");
+}
+
+}  // namespace
+}  // namespace tavo
