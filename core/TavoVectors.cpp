@@ -2,50 +2,22 @@
 
 namespace tavo {
 
-size_t TValueVector::CheckIndex(int Index) const {
-  if (Index < 0 || Index >= GetValueCount())
-    throw EMekException(Format(SListIndexError, Index));
-  return size_t(Index);
-}
-
-int TValueVector::Add(ITavoValue Value) {
-  FItems.push_back(std::move(Value));
-  return GetValueCount() - 1;
-}
-
-void TValueVector::Insert(int Index, ITavoValue Value) {
-  if (Index < 0 || Index > GetValueCount()) throw EMekException(Format(SListIndexError, Index));
-  FItems.insert(FItems.begin() + Index, std::move(Value));
-}
-
-void TValueVector::Delete(int Index) { FItems.erase(FItems.begin() + ptrdiff_t(CheckIndex(Index))); }
-
-int TValueVector::Remove(const ITavoValue& Value) {
-  int Index = IndexOf(Value);
-  if (Index >= 0) Delete(Index);
-  return Index;
-}
-
-int TValueVector::IndexOf(const ITavoValue& Value) const {
-  for (size_t I = 0; I < FItems.size(); ++I)
-    if (FItems[I] == Value) return int(I);
-  return -1;
-}
-
 void TValueVector::Append(const IValueVector& Other) {
   if (!Other) return;
-  // Copy first: Other may be this vector.
-  TItems Items = Other->FItems;
-  FItems.insert(FItems.end(), Items.begin(), Items.end());
+  // Count first: Other may be this vector.
+  int Count = Other->GetValueCount();
+  FItems.Reserve(FItems.Count() + Count);
+  for (int I = 0; I < Count; ++I) FItems.Add(Other->FItems.Get(I));
 }
 
 bool TValueVector::EqualItems(const TValueVector* Other) const {
   if (!Other) return false;
   if (Other == this) return true;
-  if (Other->FItems.size() != FItems.size()) return false;
-  for (size_t I = 0; I < FItems.size(); ++I) {
-    const ITavoValue& Mine = FItems[I];
-    const ITavoValue& Theirs = Other->FItems[I];
+  int Count = FItems.Count();
+  if (Other->FItems.Count() != Count) return false;
+  for (int I = 0; I < Count; ++I) {
+    const ITavoValue& Mine = FItems.Get(I);
+    const ITavoValue& Theirs = Other->FItems.Get(I);
     if (Theirs) {
       if (!Mine || !Mine->Equals(Theirs)) return false;
     } else if (Mine) {
@@ -83,10 +55,10 @@ void TValueVector::Assign(const ICloneableObject& Source) {
 
 void TValueVector::CopyFrom(const TValueVector* Vector) {
   if (Vector == this) return;
-  TItems Items;
-  Items.reserve(Vector->FItems.size());
-  for (const ITavoValue& Item : Vector->FItems) Items.push_back(Item ? Item->CloneValue() : nullptr);
-  FItems.swap(Items);
+  TInterfaceList<TTavoValue> Items;
+  Items.Reserve(Vector->FItems.Count());
+  for (const ITavoValue& Item : Vector->FItems) Items.Add(Item ? Item->CloneValue() : nullptr);
+  FItems = std::move(Items);
   FTag = Vector->FTag;
 }
 

@@ -1,8 +1,7 @@
 // Containers of values: the multifield vector.
 #pragma once
 
-#include <vector>
-
+#include "common/MekInterfaceList.h"
 #include "core/TavoValue.h"
 
 namespace tavo {
@@ -11,24 +10,22 @@ namespace tavo {
 class TValueVector : public TCloneableObject {
   TAVO_CLASS(TValueVector, TCloneableObject)
  public:
-  using TItems = std::vector<ITavoValue>;
-
-  int GetValueCount() const { return int(FItems.size()); }
-  const ITavoValue& Get(int Index) const { return FItems[CheckIndex(Index)]; }
-  void Put(int Index, ITavoValue Value) { FItems[CheckIndex(Index)] = std::move(Value); }
-  int Add(ITavoValue Value);
-  void Insert(int Index, ITavoValue Value);
-  void Delete(int Index);
+  int GetValueCount() const { return FItems.Count(); }
+  const ITavoValue& Get(int Index) const { return FItems.Get(Index); }
+  void Put(int Index, ITavoValue Value) { FItems.Put(Index, std::move(Value)); }
+  int Add(ITavoValue Value) { return FItems.Add(std::move(Value)); }
+  void Insert(int Index, ITavoValue Value) { FItems.Insert(Index, std::move(Value)); }
+  void Delete(int Index) { FItems.Delete(Index); }
   // Removes the first item that is this very object; its former index or -1.
-  int Remove(const ITavoValue& Value);
+  int Remove(const ITavoValue& Value) { return FItems.Remove(Value.Get()); }
   // Index of this very object, or -1.
-  int IndexOf(const ITavoValue& Value) const;
-  const ITavoValue& First() const { return Get(0); }
-  const ITavoValue& Last() const { return Get(GetValueCount() - 1); }
-  void Clear() { FItems.clear(); }
+  int IndexOf(const ITavoValue& Value) const { return FItems.IndexOf(Value.Get()); }
+  const ITavoValue& First() const { return FItems.First(); }
+  const ITavoValue& Last() const { return FItems.Last(); }
+  void Clear() { FItems.Clear(); }
   // Adds the other vector's items by reference.
   void Append(const IValueVector& Other);
-  void Reserve(int Count) { FItems.reserve(size_t(Count)); }
+  void Reserve(int Count) { FItems.Reserve(Count); }
 
   // Member by member, in order, by the values' strict Equals.
   bool Equals(const IValueVector& Other) const { return EqualItems(Other.Get()); }
@@ -44,15 +41,14 @@ class TValueVector : public TCloneableObject {
   ICloneableObject Clone() const override;
   IValueVector CloneVector() const;
 
-  TItems::const_iterator begin() const { return FItems.begin(); }
-  TItems::const_iterator end() const { return FItems.end(); }
+  auto begin() const { return FItems.begin(); }
+  auto end() const { return FItems.end(); }
 
  private:
-  size_t CheckIndex(int Index) const;
   bool EqualItems(const TValueVector* Other) const;
   void CopyFrom(const TValueVector* Vector);
 
-  TItems FItems;
+  TInterfaceList<TTavoValue> FItems;
 };
 
 }  // namespace tavo

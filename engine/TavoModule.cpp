@@ -47,42 +47,9 @@ void TModule::FocusModule() {
 
 // TModules
 
-size_t TModules::CheckIndex(int Index) const {
-  if (Index < 0 || Index >= Count()) throw EMekException(Format(SListIndexError, Index));
-  return size_t(Index);
-}
-
-const IModule& TModules::Get(int Index) const { return FItems[CheckIndex(Index)]; }
-
-void TModules::Put(int Index, const IModule& Module) { FItems[CheckIndex(Index)] = Module; }
-
-int TModules::Add(const IModule& Module) {
-  FItems.push_back(Module);
-  return Count() - 1;
-}
-
-void TModules::Insert(int Index, const IModule& Module) {
-  if (Index < 0 || Index > Count()) throw EMekException(Format(SListIndexError, Index));
-  FItems.insert(FItems.begin() + Index, Module);
-}
-
-void TModules::Delete(int Index) { FItems.erase(FItems.begin() + ptrdiff_t(CheckIndex(Index))); }
-
-int TModules::Remove(const IModule& Module) {
-  int Index = IndexOf(Module);
-  if (Index >= 0) Delete(Index);
-  return Index;
-}
-
-int TModules::IndexOf(const IModule& Module) const {
-  for (size_t I = 0; I < FItems.size(); ++I)
-    if (FItems[I] == Module) return int(I);
-  return -1;
-}
-
 int TModules::IndexOf(StringView Name) const {
-  for (size_t I = 0; I < FItems.size(); ++I)
-    if (FItems[I]->GetName() == Name) return int(I);
+  for (int I = 0; I < Count(); ++I)
+    if (FItems[size_t(I)]->GetName() == Name) return I;
   return -1;
 }
 

@@ -1,8 +1,7 @@
 // Modules: partitions of an expert system's knowledge, and their lists.
 #pragma once
 
-#include <vector>
-
+#include "common/MekInterfaceList.h"
 #include "core/TavoInterfaces.h"
 
 namespace tavo {
@@ -45,21 +44,15 @@ class TModule : public TCloneableObject {
 
 // A list of modules. The engine keeps two: all modules, with the main module
 // at index 0, and the focus stack, with its top at index 0.
-class TModules {
+class TModules : public TInterfaceList<TModule> {
  public:
   explicit TModules(TInferenceEngine* Engine, bool EnforceImportOrder = false)
       : FEngine(Engine), FEnforceImportOrder(EnforceImportOrder) {}
 
-  int Count() const { return int(FItems.size()); }
-  const IModule& Get(int Index) const;
-  void Put(int Index, const IModule& Module);
-  int Add(const IModule& Module);
-  void Insert(int Index, const IModule& Module);
-  void Delete(int Index);
-  int Remove(const IModule& Module);
-  void Clear() { FItems.clear(); }
-  int IndexOf(const IModule& Module) const;
+  using TInterfaceList<TModule>::IndexOf;
+  int IndexOf(const IModule& Module) const { return IndexOf(Module.Get()); }
   int IndexOf(StringView Name) const;
+  int Remove(const IModule& Module) { return TInterfaceList<TModule>::Remove(Module.Get()); }
   // The module of that name, exactly compared; SNoSuchModule when absent.
   const IModule& GetModule(StringView Name) const;
   // The names joined by a blank.
@@ -68,11 +61,8 @@ class TModules {
   TInferenceEngine* GetEngine() const { return FEngine; }
 
  private:
-  size_t CheckIndex(int Index) const;
-
   TInferenceEngine* FEngine;
   bool FEnforceImportOrder;
-  std::vector<IModule> FItems;
 };
 
 }  // namespace tavo

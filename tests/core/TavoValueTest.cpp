@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/TestSupport.h"
+
 #include "core/TavoContext.h"
 #include "core/TavoVectors.h"
 
@@ -17,16 +19,6 @@ ITavoValue List(std::initializer_list<ITavoValue> Items) {
   return Make<TTavoValue>(Vector);
 }
 
-// The message of the failure that Action raises.
-template <class F>
-String FailureOf(F&& Action) {
-  try {
-    Action();
-  } catch (const EMekException& E) {
-    return E.Message();
-  }
-  return u"(no failure)";
-}
 
 // A component that counts its deaths, so ownership can be watched.
 class TCountedPart : public TComponent {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/TestSupport.h"
+
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -35,15 +37,6 @@ struct TRecordedEngine {
   String Log;
 };
 
-template <class F>
-String FailureOf(F&& Action) {
-  try {
-    Action();
-  } catch (const EMekException& E) {
-    return E.Message();
-  }
-  return u"(no failure)";
-}
 
 TEST(InferenceEngineTest, NewEngineStartsOnMainWithPublishedDefaults) {
   TInferenceEngine Engine;
