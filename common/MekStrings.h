@@ -21,6 +21,9 @@ String IntToStr(int64_t Value);
 String IntToHex(uint64_t Value, int Digits);
 
 // Case mapping covers ASCII and the Latin-1 letters only.
+// The upper case of one code unit: ASCII and Latin-1 letters; every case-blind
+// comparison and hash folds through it.
+char16_t UpCaseChar(char16_t C);
 String UpperCase(StringView Text);
 String LowerCase(StringView Text);
 bool SameText(StringView A, StringView B);
@@ -49,5 +52,12 @@ int32_t CalculateHash(StringView Text, int32_t Seed);
 inline int32_t CalculateHash(StringView Text) { return CalculateHash(Text, 0); }
 
 bool FloatEquals(double A, double B, double Epsilon);
+
+}  // namespace tavo
+
+namespace tavo {
+
+// One level of indentation in printed rule text.
+inline constexpr char16_t IndentString[] = u"   ";
 
 }  // namespace tavo
