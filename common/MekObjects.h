@@ -105,6 +105,19 @@ class TCounted : public Base {
 
 using TCountedObject = TCounted<TObject>;
 
+// TRef counts through these, found by argument-dependent lookup. A class that
+// must be held while it is still incomplete (a lower layer holding an object
+// of a higher one) declares its own two overloads next to its forward
+// declaration and defines them where the class is complete.
+template <class T>
+inline void TavoAddReference(const T* Object) noexcept {
+  Object->AddReference();
+}
+template <class T>
+inline void TavoReleaseReference(const T* Object) noexcept {
+  Object->ReleaseReference();
+}
+
 // The counted reference. Each I name of the engine is one of these.
 template <class T>
 class TRef {
@@ -112,7 +125,7 @@ class TRef {
   TRef() noexcept = default;
   TRef(std::nullptr_t) noexcept {}
   TRef(T* Ptr) noexcept : FPtr(Ptr) {
-    if (FPtr) FPtr->AddReference();
+    if (FPtr) TavoAddReference(FPtr);
   }
   TRef(const TRef& Other) noexcept : TRef(Other.FPtr) {}
   TRef(TRef&& Other) noexcept : FPtr(std::exchange(Other.FPtr, nullptr)) {}
@@ -121,7 +134,7 @@ class TRef {
   template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
   TRef(TRef<U>&& Other) noexcept : FPtr(Other.Detach()) {}
   ~TRef() {
-    if (FPtr) FPtr->ReleaseReference();
+    if (FPtr) TavoReleaseReference(FPtr);
   }
 
   TRef& operator=(const TRef& Other) noexcept {

@@ -49,10 +49,36 @@ using IReteToken = TRef<TTavoToken>;
 using IFuzzySet = TRef<TIFuzzySet>;
 using IFuzzyVariable = TRef<TIFuzzyVariable>;
 
-// Not counted: implemented by the engine.
-class IReasoner;
-class ISingletonsParser;
+// Modules belong to the engine layer, yet constructs below it hold them.
+void TavoAddReference(const TModule* Module) noexcept;
+void TavoReleaseReference(const TModule* Module) noexcept;
+
 class IFuzzyParser;
+
+// The engine as the constructs and functions see it. Not counted: the engine
+// implements it and callers hold plain pointers.
+class IReasoner {
+ public:
+  virtual const IModule& GetCurrentModule() const = 0;
+  // A construct tells its engine that its name changed, so that the
+  // engine's tables rekey it.
+  virtual void RenameDefinedType(const String& OldName, const String& NewName) = 0;
+  virtual void RenameModule(const String& OldName, const String& NewName) = 0;
+
+ protected:
+  ~IReasoner() = default;
+};
+
+// Reads and prints the literal points of a fuzzy value; the engine
+// implements it.
+class ISingletonsParser {
+ public:
+  virtual ISingletonsVector ParseSingletons(const String& Text) = 0;
+  virtual String PrettyPrint(const ISingletonsVector& Singletons) = 0;
+
+ protected:
+  ~ISingletonsParser() = default;
+};
 
 using TTavoValueChangeEvent = std::function<void(const ITavoValue& Sender)>;
 

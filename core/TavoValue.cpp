@@ -201,6 +201,9 @@ void TTavoValue::SetInteger(TTavoType Type, int32_t Value) {
 }
 
 void TTavoValue::SetInterface(TTavoType Type, ICloneableObject Value) {
+  if (Type != dtFunCall && Type != dtFact && Type != dtList && Type != dtSingletons &&
+      Type != dtFuzzy)
+    throw ETavoException(SInvalidValueType);
   Changing(Type);
   FTavoType = Type;
   FValue.VInterface = std::move(Value);

@@ -140,6 +140,9 @@ class TTavoValue : public TCloneableObject {
   void SetAsInterface(const TRef<T>& Value) {
     SetInterface(TValueInterfaceType<T>::Type, ICloneableObject(Value));
   }
+  // Holds Value under an interface tag (dtFunCall, dtFact, dtList,
+  // dtSingletons, dtFuzzy); a null Value gives, say, a null fact.
+  void SetInterface(TTavoType Type, ICloneableObject Value);
   void SetTag(intptr_t Value) override { FTag = Value; }
 
   // True while the value owns a component, which it frees when it changes.
@@ -167,7 +170,6 @@ class TTavoValue : public TCloneableObject {
   TCloneableObject* CheckedInterface(TTavoType Type, const char16_t* Word) const;
   void SetText(TTavoType Type, const String& Value);
   void SetInteger(TTavoType Type, int32_t Value);
-  void SetInterface(TTavoType Type, ICloneableObject Value);
   void StoreOwnedObject(TObject* Object);
   void CopyFromInterface(const TTavoValue* Value);
   TObject* CloneOwnedObject() const;

@@ -72,4 +72,127 @@ IValueVector TValueVector::CloneVector() const {
   return Result;
 }
 
+// TSingletonsVector
+
+TSingletonsVector::TSingletonsVector(ISingletonsParser* Parser)
+    : FXItems(Make<TValueVector>()), FYItems(Make<TValueVector>()), FParser(Parser) {}
+
+int TSingletonsVector::Add(ITavoValue X, ITavoValue Y) {
+  int Index = FXItems->Add(std::move(X));
+  FYItems->Add(std::move(Y));
+  return Index;
+}
+
+void TSingletonsVector::Insert(int Index, ITavoValue X, ITavoValue Y) {
+  FXItems->Insert(Index, std::move(X));
+  FYItems->Insert(Index, std::move(Y));
+}
+
+void TSingletonsVector::Delete(int Index) {
+  FXItems->Delete(Index);
+  FYItems->Delete(Index);
+}
+
+void TSingletonsVector::Clear() {
+  FXItems->Clear();
+  FYItems->Clear();
+}
+
+void TSingletonsVector::Append(const ISingletonsVector& Other) {
+  if (!Other) return;
+  int Count = Other->GetCount();
+  for (int I = 0; I < Count; ++I) Add(Other->GetXValues(I), Other->GetYValues(I));
+}
+
+bool TSingletonsVector::EqualPairs(const TSingletonsVector* Other) const {
+  if (!Other) return false;
+  if (Other == this) return true;
+  // Each side compares as a multifield does, X first.
+  return FXItems->Equals(Other->FXItems) && FYItems->Equals(Other->FYItems);
+}
+
+bool TSingletonsVector::Equals(const TCloneableObject* Other) const {
+  return EqualPairs(dynamic_cast<const TSingletonsVector*>(Other));
+}
+
+String TSingletonsVector::ToString() const {
+  if (FParser) return FParser->PrettyPrint(ISingletonsVector(const_cast<TSingletonsVector*>(this)));
+  String Result;
+  for (int I = 0; I < GetCount(); ++I) {
+    const ITavoValue& X = GetXValues(I);
+    const ITavoValue& Y = GetYValues(I);
+    Result += u'(';
+    if (X) Result += X->GetToString();
+    Result += u' ';
+    if (Y) Result += Y->GetToString();
+    Result += u") ";
+  }
+  return Result;
+}
+
+int32_t TSingletonsVector::GetHashCode() const {
+  return int32_t(uint32_t(FXItems->GetHashCode()) + uint32_t(FYItems->GetHashCode()));
+}
+
+void TSingletonsVector::CopyPairs(const TSingletonsVector* Source) {
+  if (Source == this) return;
+  Clear();
+  for (int I = 0; I < Source->GetCount(); ++I) {
+    const ITavoValue& X = Source->GetXValues(I);
+    const ITavoValue& Y = Source->GetYValues(I);
+    Add(X ? X->CloneValue() : nullptr, Y ? Y->CloneValue() : nullptr);
+  }
+  FTag = Source->FTag;
+}
+
+void TSingletonsVector::Assign(const ICloneableObject& Source) {
+  auto* Vector = dynamic_cast<const TSingletonsVector*>(Source.Get());
+  if (!Vector) throw EMekException(SIntfCastError);
+  CopyPairs(Vector);
+  FParser = Vector->FParser;
+}
+
+void TSingletonsVector::Assign(const TPersistent* Source) {
+  if (auto* Vector = dynamic_cast<const TSingletonsVector*>(Source)) {
+    CopyPairs(Vector);
+    return;
+  }
+  TCloneableObject::Assign(Source);
+}
+
+ICloneableObject TSingletonsVector::Clone() const {
+  ISingletonsVector Result = Make<TSingletonsVector>(FParser);
+  Result->Assign(static_cast<const TPersistent*>(this));
+  return Result;
+}
+
+// TValueHashTable
+
+void TValueHashTable::Assign(const TPersistent* Source) {
+  if (Source == this) return;
+  if (auto* Table = dynamic_cast<const TValueHashTable*>(Source)) {
+    BeginUpdate();
+    try {
+      Clear();
+      for (const auto& Item : *Table) AddOrSetValue(Item.Key, Item.Value ? Item.Value->CloneValue() : nullptr);
+    } catch (...) {
+      EndUpdate();
+      throw;
+    }
+    EndUpdate();
+  }
+  TMekStringHashTable<ITavoValue>::Assign(Source);
+}
+
+String TValueHashTable::ToString() const {
+  String Result;
+  for (const auto& Item : *this) {
+    Result += Item.Key;
+    Result += u" = ";
+    if (Item.Value) Result += Item.Value->GetToString();
+    Result += u"\r\n";
+  }
+  return Result;
+}
+
 }  // namespace tavo

@@ -129,6 +129,10 @@ void TInferenceEngine::RenameModule(const String& OldName, const String& NewName
   FModules.Get(Index)->SetName(NewName);
 }
 
+void TInferenceEngine::RenameDefinedType(const String& /*OldName*/, const String& /*NewName*/) {
+  // The collection of defined types rekeys here once modules hold one.
+}
+
 void TInferenceEngine::SetCurrentModule(const IModule& Module) {
   if (Module == FCurrentModule) return;
   FCurrentModule = Module;

@@ -44,7 +44,7 @@ enum TTavoObjectType {
 
 using TModuleEvent = std::function<void(TObject* Sender, const IModule& Module)>;
 
-class TInferenceEngine : public TComponent {
+class TInferenceEngine : public TComponent, public IReasoner {
   TAVO_CLASS(TInferenceEngine, TComponent)
  public:
   explicit TInferenceEngine(TComponent* AOwner = nullptr);
@@ -74,7 +74,7 @@ class TInferenceEngine : public TComponent {
   // Modules and focus.
   const TModules& GetModules() const { return FModules; }
   const TModules& GetFocusStack() const { return FFocusStack; }
-  const IModule& GetCurrentModule() const { return FCurrentModule; }
+  const IModule& GetCurrentModule() const override { return FCurrentModule; }
   void SetCurrentModule(const IModule& Module);
   // Adds a module, replacing one of the same name; the main module goes to
   // index 0. Gives the module's index.
@@ -86,7 +86,9 @@ class TInferenceEngine : public TComponent {
   void PushFocus(StringView Name);
   IModule PopFocus();
   // A module asks to change its name from Old to New.
-  virtual void RenameModule(const String& OldName, const String& NewName);
+  void RenameModule(const String& OldName, const String& NewName) override;
+  // Rekeys a defined type in the current module's collection.
+  void RenameDefinedType(const String& OldName, const String& NewName) override;
 
   // Output. "t" and the empty name are the standard channel, which goes to
   // OnPrintOut; a name that no stream holds raises without a handler and is

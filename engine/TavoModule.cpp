@@ -9,6 +9,9 @@ namespace {
 constexpr char16_t SMainModuleName[] = u"MAIN";
 }
 
+void TavoAddReference(const TModule* Module) noexcept { Module->AddReference(); }
+void TavoReleaseReference(const TModule* Module) noexcept { Module->ReleaseReference(); }
+
 // TModule
 
 TModule::TModule(TInferenceEngine* Engine, bool IsMain) : FIsMain(IsMain), FEngine(Engine) {}

@@ -66,5 +66,75 @@ TEST(TavoVectorsTest, ListOperationsWorkByReferenceAndCheckIndices) {
   EXPECT_THROW(Make<TValueVector>()->Last(), EMekException);
 }
 
+// A parser that prints singletons its own way.
+struct TBracketPrinter : ISingletonsParser {
+  ISingletonsVector ParseSingletons(const String&) override { return nullptr; }
+  String PrettyPrint(const ISingletonsVector& Singletons) override {
+    return u"<" + IntToStr(Singletons->GetCount()) + u" points>";
+  }
+};
+
+TEST(TavoVectorsTest, SingletonsKeepTheirSidesAligned) {
+  ISingletonsVector S = Make<TSingletonsVector>();
+  S->Add(Int(0), Int(1));
+  S->Add(Int(1), Int(0));
+  EXPECT_EQ(S->ToString(), u"(0 1) (1 0) ");
+  S->Insert(1, Int(5), Int(6));
+  S->Delete(0);
+  ASSERT_EQ(S->GetCount(), 2);
+  EXPECT_EQ(S->ToString(), u"(5 6) (1 0) ");
+  S->SetXValues(0, Int(9));
+  EXPECT_EQ(S->ToString(), u"(9 6) (1 0) ") << "one side only";
+  EXPECT_THROW(S->GetYValues(2), EMekException);
+  ITavoValue Shared = S->GetXValues(1);
+  EXPECT_EQ(S->IndexOfX(Shared), 1);
+  EXPECT_EQ(S->IndexOfY(Shared), -1);
+}
+
+TEST(TavoVectorsTest, SingletonsCompareAndCopyPairwise) {
+  TBracketPrinter Printer, OtherPrinter;
+  ISingletonsVector A = Make<TSingletonsVector>(&Printer);
+  A->Add(Int(0), Make<TTavoValue>(0.5));
+  A->SetTag(4);
+  EXPECT_EQ(A->ToString(), u"<1 points>");
+  ISingletonsVector B = Make<TSingletonsVector>(&OtherPrinter);
+  B->Assign(static_cast<const TPersistent*>(A.Get()));
+  EXPECT_TRUE(B->Equals(A));
+  EXPECT_EQ(B->GetParser(), &OtherPrinter) << "the persistent road keeps the own parser";
+  EXPECT_EQ(B->GetTag(), 4);
+  EXPECT_NE(B->GetXValues(0), A->GetXValues(0));
+  B->Assign(ICloneableObject(A));
+  EXPECT_EQ(B->GetParser(), &Printer) << "the interface road takes the source's parser";
+  EXPECT_EQ(B->GetHashCode(), A->GetHashCode());
+  ISingletonsVector C = RefCast<TSingletonsVector>(A->Clone());
+  EXPECT_EQ(C->GetParser(), &Printer);
+  C->SetYValues(0, Make<TTavoValue>(0.25));
+  EXPECT_FALSE(C->Equals(A));
+  // A singletons value never equals another, as it compares with the value.
+  ITavoValue VA = Make<TTavoValue>(A);
+  EXPECT_FALSE(VA->Equals(Make<TTavoValue>(A)));
+  C->Append(A);
+  EXPECT_EQ(C->GetCount(), 2);
+  EXPECT_EQ(C->GetXValues(1), A->GetXValues(0)) << "appended pairs are shared";
+}
+
+TEST(TavoVectorsTest, ValueTableCopiesShareTheValues) {
+  TValueHashTable Source;
+  ITavoValue Counter = Int(1);
+  Source.Add(u"counter", Counter);
+  Source.Add(u"name", Make<TTavoValue>(String(u"x y"), dtString));
+  TValueHashTable Copy;
+  Copy.Add(u"stale", Int(0));
+  Copy.Assign(&Source);
+  EXPECT_FALSE(Copy.ContainsKey(u"stale"));
+  ASSERT_EQ(Copy.Count(), 2);
+  Counter->SetAsInteger(5);
+  EXPECT_EQ(Copy.GetItem(u"counter")->GetAsInteger(), 5) << "a change through the source shows";
+  String Text = Copy.ToString();
+  EXPECT_NE(Text.find(u"counter = 5\r\n"), String::npos);
+  EXPECT_NE(Text.find(u"name = \"x y\"\r\n"), String::npos);
+  EXPECT_EQ(Text.size(), String(u"counter = 5\r\nname = \"x y\"\r\n").size());
+}
+
 }  // namespace
 }  // namespace tavo
