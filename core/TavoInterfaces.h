@@ -64,6 +64,14 @@ class IReasoner {
   // engine's tables rekey it.
   virtual void RenameDefinedType(const String& OldName, const String& NewName) = 0;
   virtual void RenameModule(const String& OldName, const String& NewName) = 0;
+  virtual void RenameFactTemplate(const String& OldName, const String& NewName) = 0;
+  // What constructs need of the engine's settings and state.
+  virtual TTypeChecks GetTypeChecks() const = 0;
+  virtual int GetFactIdCounter() const = 0;
+  // The context in which the engine evaluates outside of rules, or null.
+  virtual TObject* GetGlobalContext() const = 0;
+  // The defined type of that name in the current module, or null.
+  virtual ITavoDefinedType FindDefinedType(StringView Name) const = 0;
 
  protected:
   ~IReasoner() = default;

@@ -11,6 +11,8 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
   FParserMaxErrors = 10;
   FFuzzyEqualsThreshold = 0.01f;
   FResetGlobals = true;
+  FGlobalVariables.reset(static_cast<TGlobalVariables*>(CreateTavoObject(otGlobalVariables, nullptr)));
+  FStorage.reset(static_cast<TEngineVariables*>(CreateTavoObject(otEngineVariables, nullptr)));
   // The main module; Initialize makes its objects current.
   IModule Main = Make<TModule>(this, true);
   AddModule(Main);
@@ -20,18 +22,27 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
   FPackages = TavoAllPackages;
   FTypeChecks = {tcStatic};
   AddDefaultPackages();
-  // The initial fact is asserted here once facts exist.
+  // The initial fact, id 0, before any reset.
+  IFactTemplate Initial = CreateFactTemplate(SInitialFactPattern);
+  IFact InitialFact = Initial->NewFact();
+  Initial->FillFactWithDefaults(InitialFact);
+  Assert(InitialFact, false);
 }
 
 TInferenceEngine::~TInferenceEngine() {
   UnhookEvents();
+  Destroying();
   FCurrentModule.Reset();
+  FNullFact.Reset();
+  FDefinedTypes = nullptr;
+  FFacts = nullptr;
+  FFactTemplates = nullptr;
+  FFactsPending = nullptr;
   FFocusStack.Clear();
-  for (int I = 0; I < FModules.Count(); ++I) {
-    FModules.Get(I)->Release();
-    // A host may still hold a module: it must not call back into a dead engine.
-    FModules.Get(I)->DetachEngine();
-  }
+  for (int I = 0; I < FModules.Count(); ++I) FModules.Get(I)->Release();
+  // A host may still hold a module: it must not call back into a dead engine.
+  for (TModule* Module : std::vector<TModule*>(FKnownModules)) Module->DetachEngine();
+  FKnownModules.clear();
   FModules.Clear();
 }
 
@@ -48,6 +59,225 @@ void TInferenceEngine::UnhookEvents() {
   OnRemoveModule = nullptr;
   OnClear = nullptr;
   OnReset = nullptr;
+  OnAssertion = nullptr;
+  OnRetraction = nullptr;
+  OnClearFacts = nullptr;
+  OnNewFactTemplate = nullptr;
+  OnRemoveFactTemplate = nullptr;
+  OnClearFactTemplates = nullptr;
+  OnAddDefinedType = nullptr;
+  OnRemoveDefinedType = nullptr;
+  OnClearDefinedTypes = nullptr;
+}
+
+TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Module) {
+  switch (Kind) {
+    case otDefinedTypes:
+      return new TTavoDefinedTypes(this, Module);
+    case otFactTemplates:
+      return new TFactTemplates(this, Module);
+    case otFacts: {
+      auto* Facts = new TFacts(this, Module);
+      Facts->SetCacheHashCodes(!FFactDuplication);
+      return Facts;
+    }
+    case otFactsPending:
+      return new TFactsPending();
+    case otEngineVariables:
+      return new TEngineVariables(this);
+    case otGlobalVariables:
+      return new TGlobalVariables(this);
+    default:
+      // Agenda, fact sets, rules, network, streams, functions and module
+      // lists arrive with their own classes.
+      return nullptr;
+  }
+}
+
+// Templates and types of the current module.
+
+IFactTemplate TInferenceEngine::CreateFactTemplate(const String& Name) {
+  if (IFactTemplate Existing = FindFactTemplate(Name)) return Existing;
+  IFactTemplate Template = Make<TFactTemplate>(this, Name);
+  Template->SetComment(u"(Implied)");
+  FFactTemplates->Add(Name, Template);
+  return Template;
+}
+
+IFactTemplate TInferenceEngine::FindFactTemplate(StringView Name) const {
+  if (!FFactTemplates) return nullptr;
+  const IFactTemplate* Template = FFactTemplates->Find(Name);
+  return Template ? *Template : IFactTemplate();
+}
+
+ITavoDefinedType TInferenceEngine::FindDefinedType(StringView Name) const {
+  if (!FDefinedTypes) return nullptr;
+  const ITavoDefinedType* Type = FDefinedTypes->Find(Name);
+  return Type ? *Type : ITavoDefinedType();
+}
+
+TObject* TInferenceEngine::GetGlobalContext() const {
+  // The global evaluation context arrives with expression evaluation.
+  return nullptr;
+}
+
+void TInferenceEngine::RenameFactTemplate(const String& OldName, const String& NewName) {
+  if (!FFactTemplates || OldName == NewName) return;
+  IFactTemplate Template;
+  if (!FFactTemplates->TryGetValue(OldName, Template) || Template->GetTemplateName() != NewName) return;
+  if (FFactTemplates->ContainsKey(NewName))
+    throw ETavoException(Format(SDuplicateTemplateNames, NewName));
+  FFactTemplates->Rekey(OldName, NewName);
+}
+
+void TInferenceEngine::AddFactTemplate(const IFactTemplate& Template) {
+  if (OnNewFactTemplate) OnNewFactTemplate(this, Template);
+}
+
+void TInferenceEngine::RemoveFactTemplate(const IFactTemplate& Template) {
+  if (OnRemoveFactTemplate) OnRemoveFactTemplate(this, Template);
+}
+
+void TInferenceEngine::ReplaceTemplate(const IFactTemplate&, const IFactTemplate&) {
+  // What depends on the old template moves to the new one once rules and
+  // fact sets depend on templates.
+}
+
+void TInferenceEngine::ClearFactTemplates() {
+  if (OnClearFactTemplates) OnClearFactTemplates(this);
+}
+
+void TInferenceEngine::AddDefinedType(const ITavoDefinedType& Type) {
+  if (OnAddDefinedType) OnAddDefinedType(this, Type);
+}
+
+void TInferenceEngine::RemoveDefinedType(const ITavoDefinedType& Type) {
+  if (OnRemoveDefinedType) OnRemoveDefinedType(this, Type);
+}
+
+void TInferenceEngine::ReplaceDefinedType(const ITavoDefinedType&, const ITavoDefinedType&) {
+  // Templates that use the old type take the new one once construct
+  // replacement is in place.
+}
+
+void TInferenceEngine::ClearDefinedTypes() {
+  if (OnClearDefinedTypes) OnClearDefinedTypes(this);
+}
+
+void TInferenceEngine::SetFactDuplication(bool Value) {
+  if (Value == FFactDuplication) return;
+  FFactDuplication = Value;
+  if (FFacts) FFacts->SetCacheHashCodes(!Value);
+}
+
+// Facts.
+
+int TInferenceEngine::Assert(const IFact& Fact, bool /*Unconditional*/) {
+  const IFactTemplate& Template = Fact->GetTemplate();
+  if (!Template) throw ETavoException(SNoTemplate);
+  // A fuzzy fact merges with an equal one once the fuzzy operations exist;
+  // until then it stands beside it.
+  if (!Template->IsFuzzy() && !FFactDuplication && FFacts->FindFact(Fact) >= 0) return -1;
+  int Id = NewFactId();
+  Fact->SetID(Id);
+  IModule Remembered = FCurrentModule;
+  AddFactToModule(Fact, nullptr);
+  if (Template->GetImportModuleCount() > 1) {
+    bool Visited = false;
+    for (int I = 0; I < Template->GetImportModuleCount(); ++I) {
+      const IModule& Module = Template->GetImportModule(I);
+      if (Module == Remembered) continue;
+      AddFactToModule(Fact, Module);
+      Visited = true;
+    }
+    if (Visited && Remembered) Remembered->FocusModule();
+  }
+  if (Watching(cwFact)) PrintOut(u" ==> " + Fact->GetToIDString() + u"\r\n");
+  if (Id != -1) ProcessPendingFacts();
+  if (OnAssertion) OnAssertion(this, Fact);
+  return Id;
+}
+
+void TInferenceEngine::AddFactToModule(const IFact& Fact, const IModule& Module) {
+  if (Module) Module->FocusModule();
+  FFacts->SetUpdating(true);
+  try {
+    FFacts->Add(Fact);
+  } catch (...) {
+    FFacts->SetUpdating(false);
+    throw;
+  }
+  FFacts->SetUpdating(false);
+  // The network receives the fact here once rules are matched.
+}
+
+void TInferenceEngine::RetractFact(int Index) {
+  IFact Fact = FFacts->Get(Index);
+  if (OnRetraction) OnRetraction(this, Fact);
+  IModule Remembered = FCurrentModule;
+  RemoveFactFromModule(Index, Fact, nullptr);
+  if (const IFactTemplate& Template = Fact->GetTemplate()) {
+    bool Visited = false;
+    for (int I = 0; I < Template->GetImportModuleCount(); ++I) {
+      const IModule& Module = Template->GetImportModule(I);
+      if (Module == Remembered) continue;
+      RemoveFactFromModule(-1, Fact, Module);
+      Visited = true;
+    }
+    if (Visited && Remembered) Remembered->FocusModule();
+  }
+  if (Watching(cwFact)) PrintOut(u" <== " + Fact->GetToIDString() + u"\r\n");
+  ProcessPendingFacts();
+}
+
+void TInferenceEngine::RemoveFactFromModule(int Index, const IFact& Fact, const IModule& Module) {
+  if (Module) {
+    Module->FocusModule();
+    Index = -1;
+  }
+  // The network is told here, before the list changes, once rules are matched.
+  FFacts->SetUpdating(true);
+  try {
+    if (Index == -1)
+      FFacts->Remove(Fact);
+    else
+      FFacts->Delete(Index);
+  } catch (...) {
+    FFacts->SetUpdating(false);
+    throw;
+  }
+  FFacts->SetUpdating(false);
+}
+
+void TInferenceEngine::RetractFacts() {
+  // One clear token goes to the network here once rules are matched.
+  if (OnClearFacts) OnClearFacts(this);
+}
+
+void TInferenceEngine::Retract(const IFact& Fact) {
+  int Index = FFacts->FindFact(Fact);
+  if (Index >= 0) RetractFact(Index);
+}
+
+void TInferenceEngine::Retract(int Id) {
+  int Index = FFacts->FindFact(Id);
+  if (Index >= 0) RetractFact(Index);
+}
+
+void TInferenceEngine::AddPendingFact(const IFact& Fact, bool Assert) {
+  FFactsPending->AddObject(Assert ? u"+" : u"-", nullptr, Fact);
+}
+
+void TInferenceEngine::ProcessPendingFacts() {
+  while (FFactsPending && FFactsPending->Count() > 0) {
+    IFact Fact = FFactsPending->GetData(0);
+    char16_t Action = FFactsPending->Get(0).empty() ? u' ' : FFactsPending->Get(0)[0];
+    FFactsPending->Delete(0);
+    if (Action == u'+')
+      Assert(Fact, false);
+    else if (Action == u'-')
+      Retract(Fact);
+  }
 }
 
 void TInferenceEngine::AddDefaultPackages() {
@@ -102,8 +332,7 @@ int TInferenceEngine::AddModule(const IModule& Module) {
   } else {
     Index = FModules.Add(Module);
   }
-  Module->Release();
-  Module->Initialize();
+  Module->Prepare();
   if (OnAddModule) OnAddModule(this, Module);
   return Index;
 }
@@ -129,8 +358,13 @@ void TInferenceEngine::RenameModule(const String& OldName, const String& NewName
   FModules.Get(Index)->SetName(NewName);
 }
 
-void TInferenceEngine::RenameDefinedType(const String& /*OldName*/, const String& /*NewName*/) {
-  // The collection of defined types rekeys here once modules hold one.
+void TInferenceEngine::RenameDefinedType(const String& OldName, const String& NewName) {
+  if (!FDefinedTypes || OldName == NewName) return;
+  ITavoDefinedType Type;
+  if (!FDefinedTypes->TryGetValue(OldName, Type) || Type->GetName() != NewName) return;
+  if (FDefinedTypes->ContainsKey(NewName))
+    throw ETavoException(Format(SDuplicateDefTypeNames, NewName));
+  FDefinedTypes->Rekey(OldName, NewName);
 }
 
 void TInferenceEngine::SetCurrentModule(const IModule& Module) {
@@ -212,10 +446,7 @@ int TInferenceEngine::GetAgendaCount() const {
   return 0;
 }
 
-int TInferenceEngine::GetFactCount() const {
-  // Facts arrive with each module's fact list.
-  return 0;
-}
+int TInferenceEngine::GetFactCount() const { return FFacts ? FFacts->Count() : 0; }
 
 double TInferenceEngine::ClockSeconds() {
   // A monotonic clock: a run's span never goes negative, even across midnight.

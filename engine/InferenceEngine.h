@@ -7,7 +7,10 @@
 #include "common/MekGenerics.h"
 #include "core/TavoConsts.h"
 #include "core/TavoInterfaces.h"
+#include "engine/EngineCollections.h"
+#include "engine/FactList.h"
 #include "engine/TavoModule.h"
+#include "knowledge/TavoFacts.h"
 #include "fuzzylib/FuzzyConsts.h"
 
 namespace tavo {
@@ -90,6 +93,61 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // Rekeys a defined type in the current module's collection.
   void RenameDefinedType(const String& OldName, const String& NewName) override;
 
+  // The factory of the engine's sub-objects; the module-bound kinds take
+  // the module. The caller owns the result. A descendant overrides it to
+  // supply its own classes; kinds whose classes are not part of the engine
+  // yet give null.
+  virtual TObject* CreateTavoObject(TTavoObjectType Kind, TModule* Module);
+
+  // The current module's collections.
+  TTavoDefinedTypes* GetDefinedTypes() const { return FDefinedTypes; }
+  TFactTemplates* GetFactTemplates() const { return FFactTemplates; }
+  TFacts* GetFacts() const { return FFacts; }
+  TFactsPending* GetFactsPending() const { return FFactsPending; }
+  const IFact& GetNullFact() const { return FNullFact; }
+  TEngineVariables* GetStorage() const { return FStorage.get(); }
+  TGlobalVariables* GetGlobalVariables() const { return FGlobalVariables.get(); }
+
+  // The template of that name in the current module, made as an implied
+  // template when it does not exist.
+  virtual IFactTemplate CreateFactTemplate(const String& Name);
+  // The template of that name in the current module, or null.
+  IFactTemplate FindFactTemplate(StringView Name) const;
+  ITavoDefinedType FindDefinedType(StringView Name) const override;
+
+  // Facts. Assert gives the new id, or -1 for a refused duplicate.
+  virtual int Assert(const IFact& Fact, bool Unconditional);
+  int Assert(const IFact& Fact) { return Assert(Fact, false); }
+  // Retracts the fact equal in value to Fact, if there is one.
+  void Retract(const IFact& Fact);
+  void Retract(int Id);
+  virtual void RetractFact(int Index);
+  void RetractFact(const IFact& Fact) { RetractFact(FFacts->IndexOf(Fact)); }
+  // All facts of the current module go at once.
+  virtual void RetractFacts();
+  // Enters a fact into a module's list (the current one when Module is
+  // null, which stays current afterwards otherwise).
+  void AddFactToModule(const IFact& Fact, const IModule& Module);
+  // Takes a fact out of a module's list; a given module means -1 as index.
+  void RemoveFactFromModule(int Index, const IFact& Fact, const IModule& Module);
+  // Queues an assert ("+") or retract ("-") for the end of the current one.
+  virtual void AddPendingFact(const IFact& Fact, bool Assert);
+  virtual void ProcessPendingFacts();
+  int GetFactIdCounter() const override { return FFactIdCounter; }
+  void SetFactIdCounter(int Value) { FFactIdCounter = Value; }
+
+  // Construct events raised by the collections.
+  virtual void AddFactTemplate(const IFactTemplate& Template);
+  virtual void RemoveFactTemplate(const IFactTemplate& Template);
+  virtual void ReplaceTemplate(const IFactTemplate& Old, const IFactTemplate& New);
+  virtual void ClearFactTemplates();
+  virtual void AddDefinedType(const ITavoDefinedType& Type);
+  virtual void RemoveDefinedType(const ITavoDefinedType& Type);
+  virtual void ReplaceDefinedType(const ITavoDefinedType& Old, const ITavoDefinedType& New);
+  virtual void ClearDefinedTypes();
+  void RenameFactTemplate(const String& OldName, const String& NewName) override;
+  TObject* GetGlobalContext() const override;
+
   // Output. "t" and the empty name are the standard channel, which goes to
   // OnPrintOut; a name that no stream holds raises without a handler and is
   // passed over with one.
@@ -107,7 +165,8 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TFunctionPackages GetPackages() const { return FPackages; }
   void SetPackages(TFunctionPackages Value);
   bool GetFactDuplication() const { return FFactDuplication; }
-  void SetFactDuplication(bool Value) { FFactDuplication = Value; }
+  // Equal facts may coexist; the hash-code cache exists only while they may not.
+  void SetFactDuplication(bool Value);
   bool GetFuzzyAutoTerms() const { return FFuzzyAutoTerms; }
   void SetFuzzyAutoTerms(bool Value) { FFuzzyAutoTerms = Value; }
   TFuzzyCorrelationMethod GetFuzzyCorrelationMethod() const { return FFuzzyCorrelationMethod; }
@@ -126,7 +185,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   void SetResetGlobals(bool Value) { FResetGlobals = Value; }
   TSearchStrategy GetStrategy() const { return FStrategy; }
   virtual void SetStrategy(TSearchStrategy Value);
-  TTypeChecks GetTypeChecks() const { return FTypeChecks; }
+  TTypeChecks GetTypeChecks() const override { return FTypeChecks; }
   void SetTypeChecks(TTypeChecks Value) { FTypeChecks = Value; }
   TConstructWatches GetWatch() const { return FWatch; }
   void SetWatch(TConstructWatches Value) { FWatch = Value; }
@@ -159,6 +218,15 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TModuleEvent OnRemoveModule;
   TNotifyEvent OnClear;
   TNotifyEvent OnReset;
+  TFactEvent OnAssertion;
+  TFactEvent OnRetraction;
+  TNotifyEvent OnClearFacts;
+  TFactTemplateEvent OnNewFactTemplate;
+  TFactTemplateEvent OnRemoveFactTemplate;
+  TNotifyEvent OnClearFactTemplates;
+  TTavoDefinedTypeEvent OnAddDefinedType;
+  TTavoDefinedTypeEvent OnRemoveDefinedType;
+  TNotifyEvent OnClearDefinedTypes;
 
  protected:
   // Loads the function packages named by Packages, then OnAddDefaultPackages.
@@ -175,6 +243,9 @@ class TInferenceEngine : public TComponent, public IReasoner {
   static double ClockSeconds();
 
   friend class TModule;
+  // Every module made for this engine, so that it can be told when the
+  // engine goes.
+  std::vector<TModule*> FKnownModules;
 
   std::unique_ptr<std::recursive_mutex> FCriticalSection;
   int FFactIdCounter = 0;
@@ -203,8 +274,16 @@ class TInferenceEngine : public TComponent, public IReasoner {
   bool FFuzzyAutoTerms = true;
   float FFuzzyEqualsThreshold = 0.01f;
   float FMinActivationStrength = 0;
+  std::unique_ptr<TEngineVariables> FStorage;
+  std::unique_ptr<TGlobalVariables> FGlobalVariables;
   TModules FModules;
   TModules FFocusStack;
+  // The current module's objects, mirrored by TModule::FocusModule.
+  TTavoDefinedTypes* FDefinedTypes = nullptr;
+  TFacts* FFacts = nullptr;
+  TFactTemplates* FFactTemplates = nullptr;
+  TFactsPending* FFactsPending = nullptr;
+  IFact FNullFact;
   IModule FCurrentModule;
 };
 

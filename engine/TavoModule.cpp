@@ -1,6 +1,8 @@
 #include "engine/TavoModule.h"
 
 #include "core/TavoHelperFunctions.h"
+#include "engine/EngineCollections.h"
+#include "engine/FactList.h"
 #include "engine/InferenceEngine.h"
 
 namespace tavo {
@@ -14,7 +16,14 @@ void TavoReleaseReference(const TModule* Module) noexcept { Module->ReleaseRefer
 
 // TModule
 
-TModule::TModule(TInferenceEngine* Engine, bool IsMain) : FIsMain(IsMain), FEngine(Engine) {}
+TModule::TModule(TInferenceEngine* Engine, bool IsMain) : FIsMain(IsMain), FEngine(Engine) {
+  if (FEngine) FEngine->FKnownModules.push_back(this);
+}
+
+TModule::~TModule() {
+  Release();
+  if (FEngine) std::erase(FEngine->FKnownModules, this);
+}
 
 void TModule::SetName(const String& Value) {
   if (Value == FName) return;
@@ -34,18 +43,53 @@ void TModule::SetName(const String& Value) {
 
 void TModule::Initialize() {
   if (!FEngine) return;
+  FDefinedTypes.reset(static_cast<TTavoDefinedTypes*>(FEngine->CreateTavoObject(otDefinedTypes, this)));
+  FFacts.reset(static_cast<TFacts*>(FEngine->CreateTavoObject(otFacts, this)));
+  FFactTemplates.reset(static_cast<TFactTemplates*>(FEngine->CreateTavoObject(otFactTemplates, this)));
+  FFactsPending.reset(static_cast<TFactsPending*>(FEngine->CreateTavoObject(otFactsPending, this)));
   IModule Remembered = FEngine->GetCurrentModule();
   FocusModule();
+  FNullFact = FEngine->CreateFactTemplate(SNullFact)->NewFact();
   if (FIsMain) FName = SMainModuleName;
-  // The module's own knowledge objects are made here as they arrive.
+  // Every module has the implied template of the initial fact.
+  FEngine->CreateFactTemplate(SInitialFactPattern);
   FocusModule();
-  if (Remembered) Remembered->FocusModule();
+  if (Remembered && Remembered.Get() != this) Remembered->FocusModule();
 }
 
-void TModule::Release() {}
+void TModule::Release() {
+  // The objects must not call back into the engine while they go.
+  if (FDefinedTypes) FDefinedTypes->SetEngine(nullptr);
+  if (FFactTemplates) FFactTemplates->SetEngine(nullptr);
+  if (FFacts) FFacts->SetEngine(nullptr);
+  FNullFact.Reset();
+  FFacts.reset();
+  FFactTemplates.reset();
+  FDefinedTypes.reset();
+  FFactsPending.reset();
+}
+
+void TModule::Prepare() {
+  if (FFacts) Release();
+  Initialize();
+}
 
 void TModule::FocusModule() {
-  if (FEngine) FEngine->FCurrentModule = IModule(this);
+  if (!FEngine) return;
+  if (!FFacts) Initialize();
+  FEngine->FDefinedTypes = FDefinedTypes.get();
+  FEngine->FFacts = FFacts.get();
+  FEngine->FFactTemplates = FFactTemplates.get();
+  FEngine->FFactsPending = FFactsPending.get();
+  FEngine->FNullFact = FNullFact;
+  FEngine->FCurrentModule = IModule(this);
+}
+
+void TModule::ImportEngine() {
+  if (!FEngine) return;
+  // The engine's fields point at this module's own objects; only the null
+  // fact is held by value on both sides.
+  FNullFact = FEngine->FNullFact;
 }
 
 // TModules

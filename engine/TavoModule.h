@@ -1,19 +1,29 @@
 // Modules: partitions of an expert system's knowledge, and their lists.
 #pragma once
 
+#include <memory>
+
 #include "common/MekInterfaceList.h"
+#include "common/MekStringList.h"
 #include "core/TavoInterfaces.h"
 
 namespace tavo {
 
 class TInferenceEngine;
+class TTavoDefinedTypes;
+class TFactTemplates;
+class TFacts;
 
-// A module. The engine mirrors the current module's objects in its own
-// fields; FocusModule makes this module the current one.
+// The pending facts of a module: "+" to assert, "-" to retract, with the fact.
+using TFactsPending = TStringList<IFact>;
+
+// A module. It owns its own collections; the engine mirrors the current
+// module's in its own fields, and FocusModule makes this module current.
 class TModule : public TCloneableObject {
   TAVO_CLASS(TModule, TCloneableObject)
  public:
   explicit TModule(TInferenceEngine* Engine = nullptr, bool IsMain = false);
+  ~TModule() override;
 
   bool IsMain() const { return FIsMain; }
   const String& GetName() const { return FName; }
@@ -27,19 +37,35 @@ class TModule : public TCloneableObject {
   // Called by the engine when it goes away.
   void DetachEngine() { FEngine = nullptr; }
 
+  TTavoDefinedTypes* GetDefinedTypes() const { return FDefinedTypes.get(); }
+  TFacts* GetFacts() const { return FFacts.get(); }
+  TFactTemplates* GetFactTemplates() const { return FFactTemplates.get(); }
+  TFactsPending* GetFactsPending() const { return FFactsPending.get(); }
+  const IFact& GetNullFact() const { return FNullFact; }
+
   // Makes the module the engine's current one, mirroring its objects there.
   // Raises no event and prints nothing.
   virtual void FocusModule();
-  // Sets up the module's own objects on its engine.
+  // Makes the module's own objects on its engine, with the implied
+  // templates of the null fact and the initial fact.
   virtual void Initialize();
-  // Frees the module's own objects.
+  // Frees the module's own objects, after cutting their links to the engine.
   virtual void Release();
+  // Frees and makes anew the module's objects.
+  void Prepare();
+  // Copies the engine's mirror fields back into the module.
+  void ImportEngine();
 
  private:
   String FName;
   String FComment;
   bool FIsMain = false;
   TInferenceEngine* FEngine = nullptr;
+  std::unique_ptr<TTavoDefinedTypes> FDefinedTypes;
+  std::unique_ptr<TFacts> FFacts;
+  std::unique_ptr<TFactTemplates> FFactTemplates;
+  std::unique_ptr<TFactsPending> FFactsPending;
+  IFact FNullFact;
 };
 
 // A list of modules. The engine keeps two: all modules, with the main module

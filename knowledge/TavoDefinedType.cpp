@@ -95,7 +95,12 @@ void TTavoDefinedType::SetName(const String& Value) {
   CheckConstructName(Value);
   String OldName = FName;
   FName = Value;
-  if (FReasoner) FReasoner->RenameDefinedType(OldName, Value);
+  try {
+    if (FReasoner) FReasoner->RenameDefinedType(OldName, Value);
+  } catch (...) {
+    FName = OldName;
+    throw;
+  }
   Change();
 }
 

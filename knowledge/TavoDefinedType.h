@@ -11,6 +11,9 @@
 
 namespace tavo {
 
+class TTavoDefinedType;
+using TTavoDefinedTypeEvent = std::function<void(TObject* Sender, const ITavoDefinedType& Type)>;
+
 class TTavoDefinedType : public TModuleConstruct {
   TAVO_CLASS(TTavoDefinedType, TModuleConstruct)
  public:

@@ -109,8 +109,8 @@ TEST(InferenceEngineTest, SymbolsAndIdsCount) {
   EXPECT_EQ(Engine.GetSymbolIndex(), 11) << "going back moves the index forward";
   Engine.SetSymbolIndex(11);
   EXPECT_EQ(Engine.GetSymbolIndex(), 12);
-  EXPECT_EQ(Engine.NewFactId(), 0);
-  EXPECT_EQ(Engine.NewFactId(), 1);
+  EXPECT_EQ(Engine.NewFactId(), 1) << "the initial fact took 0";
+  EXPECT_EQ(Engine.NewFactId(), 2);
   EXPECT_EQ(Engine.NewRuleId(), 0);
 }
 

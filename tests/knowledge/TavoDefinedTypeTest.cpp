@@ -27,6 +27,11 @@ struct TRecordingReasoner : IReasoner {
   const IModule& GetCurrentModule() const override { return Module; }
   void RenameDefinedType(const String& Old, const String& New) override { Renames += Old + u">" + New + u";"; }
   void RenameModule(const String&, const String&) override {}
+  void RenameFactTemplate(const String&, const String&) override {}
+  TTypeChecks GetTypeChecks() const override { return {}; }
+  int GetFactIdCounter() const override { return 0; }
+  TObject* GetGlobalContext() const override { return nullptr; }
+  ITavoDefinedType FindDefinedType(StringView) const override { return nullptr; }
   IModule Module;
   String Renames;
 };

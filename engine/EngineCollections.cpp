@@ -1,0 +1,221 @@
+#include "engine/EngineCollections.h"
+
+#include <algorithm>
+
+#include "engine/InferenceEngine.h"
+
+namespace tavo {
+
+namespace {
+
+const String& NameOf(const TFactTemplate& Template) { return Template.GetTemplateName(); }
+const String& NameOf(const TTavoDefinedType& Type) { return Type.GetName(); }
+
+}  // namespace
+
+// TConstructTable
+
+template <class T>
+void TConstructTable<T>::Store(const String& Key, const TItemRef& Value) {
+  TInherited::DoAdd(Key, Value);
+  FOrder.push_back(Key);
+  Value->AddImportModule(IModule(FModule));
+  if (IsForeign(*Value)) ++FImportCount;
+}
+
+template <class T>
+void TConstructTable<T>::Unstore(const String& Key, const TItemRef& Value) {
+  TInherited::DoRemove(Key);
+  auto It = std::find(FOrder.begin(), FOrder.end(), Key);
+  if (It != FOrder.end()) FOrder.erase(It);
+  Value->RemoveImportModule(IModule(FModule));
+  if (IsForeign(*Value)) --FImportCount;
+}
+
+template <class T>
+void TConstructTable<T>::DoAdd(const String& Key, const TItemRef& Value) {
+  if (this->ContainsKey(Key)) {
+    DoSetValue(Key, Value);
+    return;
+  }
+  Prepare(*Value);
+  Store(Key, Value);
+  Added(Value);
+}
+
+template <class T>
+void TConstructTable<T>::DoSetValue(const String& Key, const TItemRef& Value) {
+  TItemRef Old;
+  if (!this->TryGetValue(Key, Old)) {
+    DoAdd(Key, Value);
+    return;
+  }
+  if (Old == Value) return;
+  Prepare(*Value);
+  switch (FEngine ? FEngine->GetDuplicateConstructs() : dcOverwrite) {
+    case dcOverwrite:
+      Replace(Old, Value);
+      break;
+    case dcIgnore:
+      break;
+    case dcError:
+      throw ETavoException(Format(DuplicateMessage(), Key));
+  }
+}
+
+template <class T>
+bool TConstructTable<T>::DoRemove(const String& Key) {
+  return bool(RemoveConstruct(Key));
+}
+
+template <class T>
+typename TConstructTable<T>::TItemRef TConstructTable<T>::Replace(const TItemRef& Old, const TItemRef& New) {
+  TItemRef Keep = Old;
+  Prepare(*New);
+  if (Keep) {
+    Removing(Keep);
+    Unstore(NameOf(*Keep), Keep);
+  }
+  Store(NameOf(*New), New);
+  if (Keep) Replaced(Keep, New);
+  return New;
+}
+
+template <class T>
+void TConstructTable<T>::Rekey(const String& OldName, const String& NewName) {
+  TItemRef Construct;
+  if (!this->TryGetValue(OldName, Construct)) return;
+  TInherited::DoRemove(OldName);
+  TInherited::DoAdd(NewName, Construct);
+  std::replace(FOrder.begin(), FOrder.end(), OldName, NewName);
+}
+
+template <class T>
+typename TConstructTable<T>::TItemRef TConstructTable<T>::RemoveConstruct(const String& Name) {
+  TItemRef Construct;
+  if (!this->TryGetValue(Name, Construct)) return nullptr;
+  Removing(Construct);
+  Unstore(Name, Construct);
+  return Construct;
+}
+
+template <class T>
+void TConstructTable<T>::Clear() {
+  if (this->Count() == 0) return;
+  Cleared(true);
+  for (const auto& Item : *this) Item.Value->RemoveImportModule(IModule(FModule));
+  TInherited::Clear();
+  FOrder.clear();
+  FImportCount = 0;
+  Cleared(false);
+}
+
+template <class T>
+void TConstructTable<T>::Clear(TConstructScope Scope) {
+  std::vector<String> Names;
+  for (const auto& Item : *this)
+    if (IsForeign(*Item.Value) == (Scope == csImported)) Names.push_back(Item.Key);
+  for (const String& Name : Names) {
+    TItemRef Construct = this->GetItem(Name);
+    Unstore(Name, Construct);
+  }
+}
+
+template <class T>
+std::vector<typename TConstructTable<T>::TItemRef> TConstructTable<T>::InOrder(bool LocalsOnly) const {
+  std::vector<TItemRef> Result;
+  Result.reserve(FOrder.size());
+  for (const String& Name : FOrder) {
+    const TItemRef& Construct = this->GetItem(Name);
+    if (!LocalsOnly || !IsForeign(*Construct)) Result.push_back(Construct);
+  }
+  return Result;
+}
+
+template <class T>
+String TConstructTable<T>::ToString() const {
+  String Result;
+  for (const TItemRef& Construct : InOrder()) {
+    if (!Result.empty()) Result += u"\r\n";
+    Result += Construct->ToString();
+  }
+  return Result;
+}
+
+template <class T>
+String TConstructTable<T>::LocalsToString() const {
+  String Result;
+  for (const TItemRef& Construct : InOrder(true)) {
+    if (!Result.empty()) Result += u"\r\n";
+    Result += Construct->ToString();
+  }
+  return Result;
+}
+
+template class TConstructTable<TTavoDefinedType>;
+template class TConstructTable<TFactTemplate>;
+
+// TTavoDefinedTypes
+
+void TTavoDefinedTypes::Prepare(TTavoDefinedType& Type) {
+  if (FEngine && Type.GetReasoner() != FEngine) Type.SetReasoner(FEngine);
+  if (const IFuzzyVariable& Variable = Type.GetFuzzyType(); Variable && FEngine) {
+    Variable->SetFuzzyEqualsThreshold(FEngine->GetFuzzyEqualsThreshold());
+    // The default terms low, medium and high come with the fuzzy library's sets.
+  }
+  if (!Type.GetModule()) Type.SetModule(IModule(FModule));
+}
+
+void TTavoDefinedTypes::Added(const ITavoDefinedType& Type) {
+  if (FEngine) FEngine->AddDefinedType(Type);
+}
+
+void TTavoDefinedTypes::Removing(const ITavoDefinedType& Type) {
+  if (FEngine) FEngine->RemoveDefinedType(Type);
+}
+
+void TTavoDefinedTypes::Replaced(const ITavoDefinedType& Old, const ITavoDefinedType& New) {
+  if (FEngine) FEngine->ReplaceDefinedType(Old, New);
+}
+
+void TTavoDefinedTypes::Cleared(bool BeforeEmptying) {
+  if (FEngine && !BeforeEmptying) FEngine->ClearDefinedTypes();
+}
+
+ITavoDefinedType TTavoDefinedTypes::FindUnsharedType(const IFactTemplate& Template) const {
+  const TStringList<int>& Names = Template->GetSlotNames();
+  for (int I = 0; I < Names.Count(); ++I) {
+    const ITavoDefinedType& Type = Template->GetSlot(Names.Get(I))->GetExtendedTypeInfo();
+    if (Type && !ContainsKey(Type->GetName())) return Type;
+  }
+  return nullptr;
+}
+
+// TFactTemplates
+
+void TFactTemplates::Prepare(TFactTemplate& Template) {
+  if (Template.GetSlotCount() == 0) Template.AddMultiSlot(SDefaultSlotName, FCNilList->CloneValue());
+  if (FEngine && FEngine->GetModules().Count() > 1) {
+    if (ITavoDefinedType Type = FEngine->GetDefinedTypes()->FindUnsharedType(IFactTemplate(&Template)))
+      throw ETavoException(Format(SUnsharedFactTemplateType, Template.GetTemplateName(), Type->GetName()));
+  }
+  if (!Template.GetModule()) Template.SetModule(IModule(FModule));
+}
+
+void TFactTemplates::Added(const IFactTemplate& Template) {
+  if (FEngine) FEngine->AddFactTemplate(Template);
+}
+
+void TFactTemplates::Removing(const IFactTemplate& Template) {
+  if (FEngine) FEngine->RemoveFactTemplate(Template);
+}
+
+void TFactTemplates::Replaced(const IFactTemplate& Old, const IFactTemplate& New) {
+  if (FEngine) FEngine->ReplaceTemplate(Old, New);
+}
+
+void TFactTemplates::Cleared(bool BeforeEmptying) {
+  if (FEngine && !BeforeEmptying) FEngine->ClearFactTemplates();
+}
+
+}  // namespace tavo

@@ -1,0 +1,128 @@
+// The engine's keyed collections of constructs: defined types and fact
+// templates per module, and the named values of store/fetch and defglobal.
+#pragma once
+
+#include <vector>
+
+#include "core/TavoVectors.h"
+#include "knowledge/TavoFactTemplate.h"
+
+namespace tavo {
+
+class TInferenceEngine;
+
+// A module's table of shared constructs by name. Adding, replacing and
+// removing go through here so that the engine's duplicate policy applies
+// and its events are raised. Entries whose home is another module are
+// imported and counted apart.
+template <class T>
+class TConstructTable : public TMekStringHashTable<TRef<T>> {
+  using TInherited = TMekStringHashTable<TRef<T>>;
+
+ public:
+  using TItemRef = TRef<T>;
+
+  TConstructTable(TInferenceEngine* Engine, TModule* Module) : FEngine(Engine), FModule(Module) {}
+
+  TInferenceEngine* GetEngine() const { return FEngine; }
+  void SetEngine(TInferenceEngine* Value) { FEngine = Value; }
+  TModule* GetModule() const { return FModule; }
+  int GetImportCount() const { return FImportCount; }
+  int GetLocalsCount() const { return this->Count() - FImportCount; }
+  // The entries in the order they were defined.
+  std::vector<TItemRef> InOrder(bool LocalsOnly = false) const;
+
+  // Puts New in Old's place, under New's name; the engine moves what
+  // depended on Old. Gives New.
+  TItemRef Replace(const TItemRef& Old, const TItemRef& New);
+  // Moves an entry to the new name its construct took, keeping its place
+  // in the definition order; no event.
+  void Rekey(const String& OldName, const String& NewName);
+  // Takes the construct of that name out; gives it, or null.
+  TItemRef RemoveConstruct(const String& Name);
+  void Clear() override;
+  // Takes out only the imported, or only the module's own, constructs.
+  void Clear(TConstructScope Scope);
+  // The definitions, one per line.
+  String ToString() const override;
+  String LocalsToString() const;
+
+ protected:
+  void DoAdd(const String& Key, const TItemRef& Value) override;
+  void DoSetValue(const String& Key, const TItemRef& Value) override;
+  bool DoRemove(const String& Key) override;
+
+  // What each kind does beyond the table.
+  virtual void Prepare(T& Construct) = 0;
+  virtual void Added(const TItemRef& Construct) = 0;
+  virtual void Removing(const TItemRef& Construct) = 0;
+  virtual void Replaced(const TItemRef& Old, const TItemRef& New) = 0;
+  virtual void Cleared(bool BeforeEmptying) = 0;
+  virtual const char16_t* DuplicateMessage() const = 0;
+
+  bool IsForeign(const T& Construct) const { return Construct.GetModule().Get() != FModule; }
+
+  TInferenceEngine* FEngine;
+  TModule* FModule;
+  int FImportCount = 0;
+
+ private:
+  void Store(const String& Key, const TItemRef& Value);
+  void Unstore(const String& Key, const TItemRef& Value);
+
+  std::vector<String> FOrder;
+};
+
+class TTavoDefinedTypes : public TConstructTable<TTavoDefinedType> {
+  TAVO_CLASS(TTavoDefinedTypes, TMekStringHashTable<ITavoDefinedType>)
+ public:
+  using TConstructTable::TConstructTable;
+  // The first defined type of Template's slots that this table lacks by
+  // name, or null.
+  ITavoDefinedType FindUnsharedType(const IFactTemplate& Template) const;
+
+ protected:
+  void Prepare(TTavoDefinedType& Type) override;
+  void Added(const ITavoDefinedType& Type) override;
+  void Removing(const ITavoDefinedType& Type) override;
+  void Replaced(const ITavoDefinedType& Old, const ITavoDefinedType& New) override;
+  void Cleared(bool BeforeEmptying) override;
+  const char16_t* DuplicateMessage() const override { return SDuplicateDefTypeNames; }
+};
+
+class TFactTemplates : public TConstructTable<TFactTemplate> {
+  TAVO_CLASS(TFactTemplates, TMekStringHashTable<IFactTemplate>)
+ public:
+  using TConstructTable::TConstructTable;
+
+ protected:
+  // A template with no slots becomes an implied one: one "__Data" multislot.
+  void Prepare(TFactTemplate& Template) override;
+  void Added(const IFactTemplate& Template) override;
+  void Removing(const IFactTemplate& Template) override;
+  void Replaced(const IFactTemplate& Old, const IFactTemplate& New) override;
+  void Cleared(bool BeforeEmptying) override;
+  const char16_t* DuplicateMessage() const override { return SDuplicateTemplateNames; }
+};
+
+// Named values of the engine: the store of store and fetch.
+class TEngineVariables : public TValueHashTable {
+  TAVO_CLASS(TEngineVariables, TValueHashTable)
+ public:
+  explicit TEngineVariables(TInferenceEngine* Engine = nullptr) : FEngine(Engine) {}
+  TInferenceEngine* GetEngine() const { return FEngine; }
+
+ protected:
+  TInferenceEngine* FEngine;
+};
+
+// The definitions of defglobal, kept unevaluated. Each is bound in the
+// engine's global context when it is stored and at every reset, once the
+// engine evaluates expressions.
+class TGlobalVariables : public TEngineVariables {
+  TAVO_CLASS(TGlobalVariables, TEngineVariables)
+ public:
+  using TEngineVariables::TEngineVariables;
+};
+
+}  // namespace tavo

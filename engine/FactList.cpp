@@ -1,0 +1,216 @@
+#include "engine/FactList.h"
+
+#include <algorithm>
+
+#include "engine/InferenceEngine.h"
+
+namespace tavo {
+
+TFacts::TFacts(TInferenceEngine* Engine, TModule* Module) : FModule(Module), FEngine(Engine) {
+  CreateCache();
+}
+
+TFacts::~TFacts() = default;
+
+bool TFacts::IsForeign(const IFact& Fact) const {
+  return Fact->GetTemplate() && Fact->GetTemplate()->GetModule().Get() != FModule;
+}
+
+void TFacts::CreateCache() {
+  FCache = std::make_unique<TMekDictionary<int32_t, IFact>>(std::max(FItems.Count(), 101));
+  FFuzzyCache = std::make_unique<TInterfaceList<TFact>>();
+  for (const IFact& Fact : FItems) CacheAdd(Fact);
+}
+
+void TFacts::SetCacheHashCodes(bool Value) {
+  if (Value == FCacheHashCodes) return;
+  FCacheHashCodes = Value;
+  if (FCache) {
+    FCache.reset();
+    FFuzzyCache.reset();
+  } else {
+    CreateCache();
+  }
+}
+
+void TFacts::CacheAdd(const IFact& Fact) {
+  if (!FCacheHashCodes) return;
+  if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy())
+    FFuzzyCache->Add(Fact);
+  else
+    FCache->AddOrSetValue(Fact->GetHashCode(), Fact);  // the last of equal hashes wins
+}
+
+void TFacts::CacheRemove(const IFact& Fact) {
+  if (!FCacheHashCodes) return;
+  if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy()) {
+    FFuzzyCache->Remove(Fact.Get());
+    return;
+  }
+  int32_t Hash = Fact->GetHashCode();
+  // Only this very fact's entry goes: an equal fact may stand under the hash.
+  if (const IFact* Cached = FCache->Find(Hash); Cached && *Cached == Fact) FCache->Remove(Hash);
+}
+
+int TFacts::Add(const IFact& Fact) {
+  if (FUpdating || !FEngine) {
+    int Index = FItems.Add(Fact);
+    CacheAdd(Fact);
+    return Index;
+  }
+  if (FPreserveIDs && Fact->GetID() != -1 && FindFact(Fact->GetID()) == -1) {
+    int Remembered = FEngine->GetFactIdCounter();
+    FEngine->SetFactIdCounter(Fact->GetID());
+    FEngine->Assert(Fact, false);
+    FMaxID = std::max(FMaxID, Fact->GetID());
+    FEngine->SetFactIdCounter(std::max(FMaxID + 1, Remembered));
+  } else {
+    FEngine->Assert(Fact, false);
+    FMaxID = std::max(FMaxID, Fact->GetID());
+  }
+  return Count() - 1;
+}
+
+void TFacts::Insert(int Index, const IFact& Fact) {
+  if (FUpdating || !FEngine) {
+    FItems.Insert(Index, Fact);
+    CacheAdd(Fact);
+    return;
+  }
+  FEngine->Assert(Fact, false);
+  int Landed = FItems.IndexOf(Fact.Get());
+  if (Landed < 0) return;  // refused as a duplicate
+  FItems.Delete(Landed);
+  FItems.Insert(std::min(Index, Count()), Fact);
+}
+
+void TFacts::Delete(int Index) {
+  if (!FUpdating && FEngine) {
+    FEngine->RetractFact(Index);
+    return;
+  }
+  IFact Fact = FItems.Get(Index);
+  CacheRemove(Fact);
+  FItems.Delete(Index);
+}
+
+int TFacts::Remove(const IFact& Fact) {
+  if (!Fact) return -1;
+  int Index = IndexOf(Fact);
+  if (Index < 0) return -1;
+  Delete(Index);
+  return Index;
+}
+
+void TFacts::Clear() {
+  if (FCacheHashCodes) {
+    FCache->Clear();
+    FFuzzyCache->Clear();
+  }
+  FItems.Clear();
+  FMaxID = 0;
+  if (FEngine) FEngine->RetractFacts();
+}
+
+void TFacts::Clear(TConstructScope Scope) {
+  for (int I = Count() - 1; I >= 0; --I) {
+    const IFact& Fact = FItems.Get(I);
+    if (IsForeign(Fact) == (Scope == csImported)) {
+      if (FEngine)
+        FEngine->RemoveFactFromModule(I, IFact(Fact), nullptr);
+      else
+        Delete(I);
+    }
+  }
+}
+
+int TFacts::BinarySearch(int Id) const {
+  int Low = 0, High = Count() - 1;
+  while (Low <= High) {
+    int Middle = (Low + High) / 2;
+    int MiddleId = FItems.Get(Middle)->GetID();
+    if (MiddleId == Id) return Middle;
+    if (MiddleId < Id)
+      Low = Middle + 1;
+    else
+      High = Middle - 1;
+  }
+  return -1;
+}
+
+int TFacts::FindFact(int Id) const {
+  if (Count() >= 5) return BinarySearch(Id);
+  for (int I = 0; I < Count(); ++I)
+    if (FItems.Get(I)->GetID() == Id) return I;
+  return -1;
+}
+
+int TFacts::IndexOf(const IFact& Fact) const {
+  if (Count() >= 5 && Fact->GetID() != -1) {
+    int Index = BinarySearch(Fact->GetID());
+    return Index >= 0 && FItems.Get(Index) == Fact ? Index : FItems.IndexOf(Fact.Get());
+  }
+  return FItems.IndexOf(Fact.Get());
+}
+
+int TFacts::FindFact(const IFact& Fact) const {
+  if (!FPreserveIDs && FCacheHashCodes) {
+    if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy()) {
+      for (const IFact& Entry : *FFuzzyCache)
+        if (Fact->Equals(Entry.Get())) return IndexOf(Entry);
+      return -1;
+    }
+    const IFact* Cached = FCache->Find(Fact->GetHashCode());
+    return Cached ? IndexOf(*Cached) : -1;
+  }
+  for (int I = 0; I < Count(); ++I)
+    if (FItems.Get(I)->Equals(Fact.Get())) return I;
+  return -1;
+}
+
+IFact TFacts::GetFactByID(int Id) const {
+  int Index = FindFact(Id);
+  return Index >= 0 ? FItems.Get(Index) : IFact();
+}
+
+void TFacts::SortByID() {
+  std::vector<IFact> Sorted(FItems.begin(), FItems.end());
+  std::stable_sort(Sorted.begin(), Sorted.end(),
+                   [](const IFact& A, const IFact& B) { return A->GetID() < B->GetID(); });
+  FItems.Clear();
+  for (IFact& Fact : Sorted) FItems.Add(std::move(Fact));
+}
+
+int TFacts::GetImportCount() const {
+  int Result = 0;
+  for (const IFact& Fact : FItems) Result += IsForeign(Fact) ? 1 : 0;
+  return Result;
+}
+
+String TFacts::ToString() const {
+  String Result;
+  for (const IFact& Fact : FItems) {
+    if (!Result.empty()) Result += u"\r\n";
+    Result += Fact->ToString();
+  }
+  return Result;
+}
+
+String TFacts::GetToIDString() const {
+  String Result;
+  for (const IFact& Fact : FItems) {
+    if (!Result.empty()) Result += u"\r\n";
+    Result += Fact->GetToIDString();
+  }
+  return Result;
+}
+
+String TFacts::LocalsToString(bool WithIDs) const {
+  String Result;
+  for (const IFact& Fact : FItems)
+    if (!IsForeign(Fact))
+      Result += IndentString + (WithIDs ? Fact->GetToIDString() : Fact->ToString()) + u"\r\n";
+  return Result;
+}
+
+}  // namespace tavo

@@ -1,0 +1,84 @@
+// The fact base of a module: facts in ascending id order, with a cache of
+// hash codes for the duplicate test.
+#pragma once
+
+#include <memory>
+
+#include "common/MekHashTables.h"
+#include "common/MekInterfaceList.h"
+#include "knowledge/TavoFacts.h"
+
+namespace tavo {
+
+class TInferenceEngine;
+
+class TFacts : public TPersistent {
+  TAVO_CLASS(TFacts, TPersistent)
+ public:
+  TFacts(TInferenceEngine* Engine, TModule* Module);
+  ~TFacts() override;
+
+  TInferenceEngine* GetEngine() const { return FEngine; }
+  void SetEngine(TInferenceEngine* Value) { FEngine = Value; }
+  TModule* GetModule() const { return FModule; }
+  int Count() const { return FItems.Count(); }
+  const IFact& Get(int Index) const { return FItems.Get(Index); }
+  auto begin() const { return FItems.begin(); }
+  auto end() const { return FItems.end(); }
+
+  // Set while the engine itself changes the list. Without it, and with an
+  // engine, changes from a host go through the engine's Assert and Retract.
+  bool GetUpdating() const { return FUpdating; }
+  void SetUpdating(bool Value) { FUpdating = Value; }
+
+  // Gives the index of the new last entry.
+  int Add(const IFact& Fact);
+  void Insert(int Index, const IFact& Fact);
+  void Delete(int Index);
+  // The fact's former index, or -1.
+  int Remove(const IFact& Fact);
+  // Empties the list; an engine retracts all at once, not fact by fact.
+  void Clear();
+  // Takes the imported, or the module's own, facts out of this module only.
+  void Clear(TConstructScope Scope);
+
+  // Binary search over the ids from five facts on, a scan below that.
+  int FindFact(int Id) const;
+  // The index of a fact equal in value, the duplicate test: equal hash codes
+  // count as equal facts while the cache is on.
+  int FindFact(const IFact& Fact) const;
+  int IndexOf(const IFact& Fact) const;
+  IFact GetFactByID(int Id) const;
+  void SortByID();
+
+  // Loaded facts keep their ids; fresh ids continue above all of them.
+  bool GetPreserveIDs() const { return FPreserveIDs; }
+  void SetPreserveIDs(bool Value) { FPreserveIDs = Value; }
+  bool GetCacheHashCodes() const { return FCacheHashCodes; }
+  void SetCacheHashCodes(bool Value);
+
+  int GetImportCount() const;
+  int GetLocalsCount() const { return Count() - GetImportCount(); }
+  String ToString() const override;
+  String GetToIDString() const;
+  String LocalsToString(bool WithIDs) const;
+
+ private:
+  bool IsForeign(const IFact& Fact) const;
+  void CacheAdd(const IFact& Fact);
+  void CacheRemove(const IFact& Fact);
+  void CreateCache();
+  int BinarySearch(int Id) const;
+
+  TInterfaceList<TFact> FItems;
+  bool FUpdating = false;
+  bool FPreserveIDs = false;
+  int FMaxID = 0;
+  bool FCacheHashCodes = true;
+  std::unique_ptr<TMekDictionary<int32_t, IFact>> FCache;
+  std::unique_ptr<TInterfaceList<TFact>> FFuzzyCache;
+  TModule* FModule;
+  TInferenceEngine* FEngine;
+};
+
+}  // namespace tavo

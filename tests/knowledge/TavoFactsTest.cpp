@@ -1,0 +1,154 @@
+#include "knowledge/TavoFacts.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/TestSupport.h"
+#include "tests/knowledge/OwnerEngine.h"
+
+namespace tavo {
+namespace {
+
+ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
+ITavoValue Flt(double V) { return Make<TTavoValue>(V); }
+ITavoValue Atom(const char16_t* S) { return Make<TTavoValue>(String(S), dtAtom); }
+ITavoValue List(std::initializer_list<ITavoValue> Items) {
+  IValueVector Vector = Make<TValueVector>();
+  for (const ITavoValue& Item : Items) Vector->Add(Item);
+  return Make<TTavoValue>(Vector);
+}
+
+IFactTemplate Ordered(TObject* Owner, const char16_t* Name) {
+  IFactTemplate T = Make<TFactTemplate>(Owner, Name);
+  T->AddMultiSlot(SDefaultSlotName, FCNilList->CloneValue());
+  return T;
+}
+
+IFact OrderedFact(const IFactTemplate& T, std::initializer_list<ITavoValue> Items) {
+  IFact F = T->NewFact();
+  F->SetValue(SDefaultSlotName, List(Items));
+  return F;
+}
+
+TEST(TavoFactsTest, EqualityIsStrictAndHashFollowsIt) {
+  IFactTemplate A = Ordered(nullptr, u"a");
+  IFact One = OrderedFact(A, {Int(1)});
+  IFact OneAgain = OrderedFact(A, {Int(1)});
+  IFact OneFloat = OrderedFact(A, {Flt(1.0)});
+  EXPECT_TRUE(One->Equals(OneAgain.Get()));
+  EXPECT_EQ(One->GetHashCode(), OneAgain->GetHashCode());
+  EXPECT_FALSE(One->Equals(OneFloat.Get()));
+  EXPECT_NE(One->GetHashCode(), OneFloat->GetHashCode());
+  // Another template of equal content makes another fact.
+  IFact Elsewhere = OrderedFact(Ordered(nullptr, u"a"), {Int(1)});
+  EXPECT_FALSE(One->Equals(Elsewhere.Get()));
+  EXPECT_EQ(One->ToString(), u"(a 1)");
+  EXPECT_EQ(OneFloat->ToString(), u"(a 1.0000)");
+  EXPECT_EQ(A->NewFact()->ToString(), u"(a)");
+}
+
+TEST(TavoFactsTest, FuzzySlotsAreSkippedByEqualityButHashed) {
+  IFactTemplate T = Make<TFactTemplate>(nullptr, u"reading");
+  T->AddSlot(u"sensor", Atom(u"s1"));
+  IFactSlot Level = T->AddSlot(u"level", FCNil);
+  Level->SetSlotType({dtFuzzy});
+  IFact Low = T->NewFact();
+  IFact High = T->NewFact();
+  Low->SetValue(u"level", Atom(u"low"));
+  High->SetValue(u"level", Atom(u"high"));
+  EXPECT_TRUE(Low->Equals(High.Get()));
+  EXPECT_NE(Low->GetHashCode(), High->GetHashCode());
+}
+
+TEST(TavoFactsTest, ValuesAppearLazilyFromDefaults) {
+  IFactTemplate T = Make<TFactTemplate>(nullptr, u"person");
+  T->AddSlot(u"name", Atom(u"nobody"));
+  T->AddSlot(u"age", Int(0));
+  IFact F = T->NewFact();
+  EXPECT_EQ(F->GetSlotValues().Count(), 0);
+  const ITavoValue& Name = F->GetValue(u"name");
+  EXPECT_TRUE(Name->Equals(Atom(u"nobody")));
+  EXPECT_NE(Name, T->GetSlot(u"name")->GetSlotDefault()) << "a clone of the default";
+  EXPECT_EQ(F->GetValue(u"name"), Name) << "stored from then on";
+  EXPECT_EQ(FailureOf([&] { F->GetValue(u"height"); }), u"No such slot name: \"height\"");
+  EXPECT_FALSE(F->ContainsKey(u"height"));
+  EXPECT_TRUE(F->ContainsKey(u"age")->Equals(Int(0)));
+  F->SetValue(u"age", Int(42));
+  EXPECT_EQ(F->ToString(), u"(person (age 42) (name nobody))");
+  EXPECT_EQ(FailureOf([&] { F->SetValue(u"height", Int(1)); }), u"No such slot name: \"height\"");
+  EXPECT_EQ(FailureOf([] { Make<TFact>()->GetValue(u"x"); }), u"Fact Template is missing");
+}
+
+TEST(TavoFactsTest, DynamicChecksConvertIntegersAndRefuseTheRest) {
+  TOwnerEngine Engine;
+  Engine.Checks = {tcDynamic};
+  IFactTemplate T = Make<TFactTemplate>(&Engine, u"m");
+  T->AddSlot(u"weight", Flt(0))->SetSlotType({dtFloat});
+  T->AddSlot(u"count", Int(0))->SetSlotType({dtInteger});
+  IFact F = T->NewFact();
+  ITavoValue One = Int(1);
+  F->SetValue(u"weight", One);
+  EXPECT_EQ(One->GetDType(), dtFloat) << "converted in place";
+  EXPECT_EQ(F->GetValue(u"weight"), One) << "and stored by reference";
+  F->SetValue(u"count", Int(3));
+  EXPECT_EQ(FailureOf([&] { F->SetValue(u"count", Atom(u"many")); }),
+            u"Not a INTEGER type.  Value (many) is a dtAtom type for count slot");
+  EXPECT_EQ(F->GetValue(u"count")->GetAsInteger(), 3) << "a failed write keeps the old value";
+  Engine.Checks = {};
+  F->SetValue(u"count", Atom(u"many"));
+  EXPECT_EQ(F->GetValue(u"count")->GetAsAtom(), u"many");
+}
+
+TEST(TavoFactsTest, IdTextIsPaddedToTheCounterWidth) {
+  TOwnerEngine Engine;
+  IFactTemplate T = Ordered(&Engine, u"x");
+  IFact F = OrderedFact(T, {Int(5)});
+  F->SetID(3);
+  Engine.Counter = 9;
+  EXPECT_EQ(F->GetToIDString(), u"f-3 (x 5)");
+  Engine.Counter = 10;
+  EXPECT_EQ(F->GetToIDString(), u"f-03 (x 5)");
+  Engine.Counter = 123;
+  EXPECT_EQ(F->GetToIDString(), u"f-003 (x 5)");
+  IFact Loose = OrderedFact(Ordered(nullptr, u"y"), {});
+  Loose->SetID(7);
+  EXPECT_EQ(Loose->GetToIDString(), u"f-7 (y)");
+}
+
+TEST(TavoFactsTest, TemplatesChangeUnderFactsByName) {
+  IFactTemplate Old = Make<TFactTemplate>(nullptr, u"t");
+  Old->AddSlot(u"keep", Int(0));
+  Old->AddSlot(u"drop", Int(0));
+  IFactTemplate New = Make<TFactTemplate>(nullptr, u"t");
+  New->AddSlot(u"keep", Int(0));
+  New->AddSlot(u"fresh", Atom(u"f"));
+  IFact F = Old->NewFact();
+  F->SetValue(u"keep", Int(7));
+  F->SetValue(u"drop", Int(8));
+  F->SetTemplate(New);
+  EXPECT_EQ(F->GetValue(u"keep")->GetAsInteger(), 7);
+  EXPECT_EQ(F->GetValue(u"fresh")->GetAsAtom(), u"f");
+  EXPECT_EQ(F->GetSlotValues().Count(), 2);
+  F->SetTemplate(nullptr);
+  EXPECT_EQ(F->GetSlotValues().Count(), 0);
+}
+
+TEST(TavoFactsTest, CopiesCloneValuesAndKeepIds) {
+  IFactTemplate T = Ordered(nullptr, u"t");
+  IFact F = OrderedFact(T, {Int(1), Int(2)});
+  F->SetID(4);
+  F->SetTag(9);
+  IFact Copy = F->CloneFact();
+  EXPECT_EQ(Copy->GetID(), 4);
+  EXPECT_EQ(Copy->GetTag(), 9);
+  EXPECT_TRUE(Copy->Equals(F.Get()));
+  EXPECT_NE(Copy->GetValue(SDefaultSlotName), F->GetValue(SDefaultSlotName));
+  IFact Other = T->NewFact();
+  Other->AssignValues(F);
+  EXPECT_EQ(Other->GetID(), -1) << "AssignValues leaves id and tag";
+  EXPECT_TRUE(Other->Equals(F.Get()));
+  EXPECT_EQ(FailureOf([&] { Other->AssignValues(OrderedFact(Ordered(nullptr, u"u"), {})); }),
+            u"Unable to assign slot values, fact templates are different: t and u");
+}
+
+}  // namespace
+}  // namespace tavo
