@@ -187,20 +187,11 @@ int TFacts::GetImportCount() const {
   return Result;
 }
 
-String TFacts::ToString() const {
+String TFacts::JoinFacts(bool WithIDs) const {
   String Result;
   for (const IFact& Fact : FItems) {
     if (!Result.empty()) Result += u"\r\n";
-    Result += Fact->ToString();
-  }
-  return Result;
-}
-
-String TFacts::GetToIDString() const {
-  String Result;
-  for (const IFact& Fact : FItems) {
-    if (!Result.empty()) Result += u"\r\n";
-    Result += Fact->GetToIDString();
+    Result += WithIDs ? Fact->GetToIDString() : Fact->ToString();
   }
   return Result;
 }

@@ -59,8 +59,9 @@ class TFacts : public TPersistent {
 
   int GetImportCount() const;
   int GetLocalsCount() const { return Count() - GetImportCount(); }
-  String ToString() const override;
-  String GetToIDString() const;
+  // The facts' texts with CR LF between them.
+  String ToString() const override { return JoinFacts(false); }
+  String GetToIDString() const { return JoinFacts(true); }
   String LocalsToString(bool WithIDs) const;
 
  private:
@@ -69,6 +70,7 @@ class TFacts : public TPersistent {
   void CacheRemove(const IFact& Fact);
   void CreateCache();
   int BinarySearch(int Id) const;
+  String JoinFacts(bool WithIDs) const;
 
   TInterfaceList<TFact> FItems;
   bool FUpdating = false;
