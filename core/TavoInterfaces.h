@@ -72,6 +72,10 @@ class IReasoner {
   virtual TObject* GetGlobalContext() const = 0;
   // The defined type of that name in the current module, or null.
   virtual ITavoDefinedType FindDefinedType(StringView Name) const = 0;
+  // The engine's functions, by name.
+  virtual void AddUserFunction(const IUserFunction& Function) = 0;
+  virtual void RemoveUserFunction(const IUserFunction& Function) = 0;
+  virtual bool ContainsUserFunction(StringView Name, IUserFunction& Function) const = 0;
 
  protected:
   ~IReasoner() = default;

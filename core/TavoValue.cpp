@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "core/TavoContext.h"
+#include "core/TavoFunctions.h"
 #include "core/TavoVectors.h"
 
 namespace tavo {
@@ -647,18 +648,27 @@ ITavoValue TTavoValue::CloneValue() const {
 ITavoValue TTavoValue::Resolve(TObject* Context) {
   switch (FTavoType) {
     case dtVariable:
-    case dtMultiVariable:
-      // Bindings live in a context; until an evaluation context exists to
-      // hold them, a variable cannot be resolved.
-      throw ETavoException(Format(SNoContext, GetTavoTypeName(FTavoType)));
+    case dtMultiVariable: {
+      auto* Scope = dynamic_cast<TTavoContext*>(Context);
+      if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(FTavoType)));
+      TBinding* Binding = Scope->FindBinding(FValue.Str);
+      if (!Binding || !Binding->GetValue()) throw ETavoException(Format(SCorruptedVariable, FValue.Str));
+      return Binding->GetValue();
+    }
+    case dtFunCall:
+      if (auto* Call = static_cast<TFunctionCall*>(FValue.VInterface.Get())) return Call->Execute(Context);
+      break;
     case dtObject:
-      if (dynamic_cast<TBindingInfo*>(FValue.VObject))
-        throw ETavoException(Format(SNoContext, GetTavoTypeName(FTavoType)));
+      if (auto* Info = dynamic_cast<TBindingInfo*>(FValue.VObject)) {
+        auto* Scope = dynamic_cast<TTavoContext*>(Context);
+        if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(FTavoType)));
+        return Scope->ResolveBindingInfo(*Info);
+      }
       break;
     default:
+      // Singletons become a fuzzy set once the fuzzy library has sets.
       break;
   }
-  (void)Context;
   return ITavoValue(this);
 }
 

@@ -12,6 +12,7 @@ namespace tavo {
 
 class TTavoValue;
 
+
 // The payload. Strings and interfaces have fields of their own; the numeric
 // kinds overlay one area, read by the tag.
 struct TTavoValueRec {

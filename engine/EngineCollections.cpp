@@ -218,4 +218,91 @@ void TFactTemplates::Cleared(bool BeforeEmptying) {
   if (FEngine && !BeforeEmptying) FEngine->ClearFactTemplates();
 }
 
+// TUserFunctions
+
+namespace {
+
+bool IsInterpreted(const IUserFunction& Function) {
+  return dynamic_cast<TInterpretedFunction*>(Function.Get()) != nullptr;
+}
+
+}  // namespace
+
+TUserFunctions::~TUserFunctions() {
+  FEngine = nullptr;
+  Clear();
+}
+
+void TUserFunctions::CheckName(const String& Key, const IUserFunction& Function) const {
+  if (Key != Function->GetFunctionName())
+    throw ETavoException(Format(SWrongFunctionName, Key, Function->GetFunctionName()));
+}
+
+void TUserFunctions::DoAdd(const String& Key, const IUserFunction& Function) {
+  if (ContainsKey(Key)) {
+    DoSetValue(Key, Function);
+    return;
+  }
+  CheckName(Key, Function);
+  TInherited::DoAdd(Key, Function);
+  if (IsInterpreted(Function)) ++FNumInterpreted;
+  if (FEngine) {
+    Function->AddReasoner(FEngine);
+    FEngine->FunctionAdded(Function);
+  }
+}
+
+void TUserFunctions::DoSetValue(const String& Key, const IUserFunction& Function) {
+  IUserFunction Old;
+  if (!TryGetValue(Key, Old)) {
+    DoAdd(Key, Function);
+    return;
+  }
+  CheckName(Key, Function);
+  if (Old == Function) return;
+  switch (FEngine ? FEngine->GetDuplicateConstructs() : dcOverwrite) {
+    case dcOverwrite:
+      RemoveFunction(Key);
+      DoAdd(Key, Function);
+      break;
+    case dcIgnore:
+      break;
+    case dcError:
+      throw ETavoException(Format(SDuplicateFunctionNames, Key));
+  }
+}
+
+bool TUserFunctions::DoRemove(const String& Key) { return bool(RemoveFunction(Key)); }
+
+IUserFunction TUserFunctions::ExtractFunction(const String& Name) {
+  IUserFunction Function;
+  if (!TryGetValue(Name, Function)) return nullptr;
+  TInherited::DoRemove(Name);
+  if (IsInterpreted(Function)) --FNumInterpreted;
+  if (FEngine) FEngine->FunctionRemoved(Function);
+  return Function;
+}
+
+IUserFunction TUserFunctions::RemoveFunction(const String& Name) {
+  IUserFunction Function = ExtractFunction(Name);
+  // The function forgets the engine; its notice finds the name gone.
+  if (Function && FEngine) Function->DeleteReasoner(FEngine);
+  return Function;
+}
+
+void TUserFunctions::Clear() {
+  std::vector<IUserFunction> Functions;
+  for (const auto& Item : *this) Functions.push_back(Item.Value);
+  TInherited::Clear();
+  FNumInterpreted = 0;
+  if (FEngine)
+    for (const IUserFunction& Function : Functions) Function->DeleteReasoner(FEngine);
+}
+
+String TUserFunctions::GetNamesToString() const {
+  String Result;
+  for (const auto& Item : *this) Result += Item.Key + u"\r\n";
+  return Result;
+}
+
 }  // namespace tavo

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "core/TavoFunctions.h"
 #include "core/TavoVectors.h"
 #include "knowledge/TavoFactTemplate.h"
 
@@ -103,6 +104,39 @@ class TFactTemplates : public TConstructTable<TFactTemplate> {
   void Replaced(const IFactTemplate& Old, const IFactTemplate& New) override;
   void Cleared(bool BeforeEmptying) override;
   const char16_t* DuplicateMessage() const override { return SDuplicateTemplateNames; }
+};
+
+// All functions of an engine by name, built-in and defined alike. A
+// function in the table has the engine among its reasoners.
+class TUserFunctions : public TMekStringHashTable<IUserFunction> {
+  using TInherited = TMekStringHashTable<IUserFunction>;
+  TAVO_CLASS(TUserFunctions, TInherited)
+ public:
+  explicit TUserFunctions(TInferenceEngine* Engine) : FEngine(Engine) {}
+  ~TUserFunctions() override;
+
+  int GetNumInterpreted() const { return FNumInterpreted; }
+  // Takes the function out, and the engine out of the function's
+  // reasoners; gives the function, or null.
+  IUserFunction RemoveFunction(const String& Name);
+  // Takes the entry out without touching the function: the road of a
+  // function that leaves the engine or changes its name.
+  IUserFunction ExtractFunction(const String& Name);
+  void Clear() override;
+  // The names, each followed by CR LF.
+  String GetNamesToString() const;
+  void SetEngine(TInferenceEngine* Value) { FEngine = Value; }
+
+ protected:
+  void DoAdd(const String& Key, const IUserFunction& Function) override;
+  void DoSetValue(const String& Key, const IUserFunction& Function) override;
+  bool DoRemove(const String& Key) override;
+
+ private:
+  void CheckName(const String& Key, const IUserFunction& Function) const;
+
+  TInferenceEngine* FEngine;
+  int FNumInterpreted = 0;
 };
 
 // Named values of the engine: the store of store and fetch.

@@ -13,6 +13,7 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
   FResetGlobals = true;
   FGlobalVariables.reset(static_cast<TGlobalVariables*>(CreateTavoObject(otGlobalVariables, nullptr)));
   FStorage.reset(static_cast<TEngineVariables*>(CreateTavoObject(otEngineVariables, nullptr)));
+  FUserFunctions.reset(static_cast<TUserFunctions*>(CreateTavoObject(otUserFunctions, nullptr)));
   // The main module; Initialize makes its objects current.
   IModule Main = Make<TModule>(this, true);
   AddModule(Main);
@@ -32,6 +33,10 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
 TInferenceEngine::~TInferenceEngine() {
   UnhookEvents();
   Destroying();
+  // Functions held elsewhere forget this engine; then the packages and other
+  // owned components go while the engine is still whole.
+  if (FUserFunctions) FUserFunctions->Clear();
+  DestroyComponents();
   FCurrentModule.Reset();
   FNullFact.Reset();
   FDefinedTypes = nullptr;
@@ -68,6 +73,45 @@ void TInferenceEngine::UnhookEvents() {
   OnAddDefinedType = nullptr;
   OnRemoveDefinedType = nullptr;
   OnClearDefinedTypes = nullptr;
+  OnAddUserFunction = nullptr;
+  OnRemoveUserFunction = nullptr;
+}
+
+// Functions.
+
+void TInferenceEngine::AddUserFunction(const IUserFunction& Function) {
+  if (!Function) throw ETavoException(SInvalidFunctionAdd);
+  IUserFunction Present;
+  if (FUserFunctions->TryGetValue(Function->GetFunctionName(), Present) && Present == Function) return;
+  FUserFunctions->AddOrSetValue(Function->GetFunctionName(), Function);
+}
+
+void TInferenceEngine::RemoveUserFunction(const IUserFunction& Function) {
+  IUserFunction Present;
+  if (FUserFunctions->TryGetValue(Function->GetFunctionName(), Present) && Present == Function)
+    FUserFunctions->ExtractFunction(Function->GetFunctionName());
+}
+
+bool TInferenceEngine::ContainsUserFunction(StringView Name, IUserFunction& Function) const {
+  return FUserFunctions->TryGetValue(Name, Function);
+}
+
+IUserFunction TInferenceEngine::GetUserFunction(StringView Name) const {
+  IUserFunction Function;
+  FUserFunctions->TryGetValue(Name, Function);
+  return Function;
+}
+
+void TInferenceEngine::SetUserFunction(const String& Name, const IUserFunction& Function) {
+  FUserFunctions->AddOrSetValue(Name, Function);
+}
+
+void TInferenceEngine::FunctionAdded(const IUserFunction& Function) {
+  if (OnAddUserFunction) OnAddUserFunction(this, Function);
+}
+
+void TInferenceEngine::FunctionRemoved(const IUserFunction& Function) {
+  if (OnRemoveUserFunction) OnRemoveUserFunction(this, Function);
 }
 
 TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Module) {
@@ -87,6 +131,8 @@ TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Modul
       return new TEngineVariables(this);
     case otGlobalVariables:
       return new TGlobalVariables(this);
+    case otUserFunctions:
+      return new TUserFunctions(this);
     default:
       // Agenda, fact sets, rules, network, streams, functions and module
       // lists arrive with their own classes.

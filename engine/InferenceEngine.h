@@ -46,6 +46,7 @@ enum TTavoObjectType {
 };
 
 using TModuleEvent = std::function<void(TObject* Sender, const IModule& Module)>;
+using TUserFunctionEvent = std::function<void(TObject* Sender, const IUserFunction& UserFunction)>;
 
 class TInferenceEngine : public TComponent, public IReasoner {
   TAVO_CLASS(TInferenceEngine, TComponent)
@@ -148,6 +149,19 @@ class TInferenceEngine : public TComponent, public IReasoner {
   void RenameFactTemplate(const String& OldName, const String& NewName) override;
   TObject* GetGlobalContext() const override;
 
+  // Functions. The table holds every function by name; a function that
+  // takes the engine among its reasoners enters it, one that leaves it or
+  // changes its name leaves the table under its old name.
+  TUserFunctions* GetUserFunctions() const { return FUserFunctions.get(); }
+  void AddUserFunction(const IUserFunction& Function) override;
+  void RemoveUserFunction(const IUserFunction& Function) override;
+  bool ContainsUserFunction(StringView Name, IUserFunction& Function) const override;
+  IUserFunction GetUserFunction(StringView Name) const;
+  void SetUserFunction(const String& Name, const IUserFunction& Function);
+  // Raised by the table.
+  virtual void FunctionAdded(const IUserFunction& Function);
+  virtual void FunctionRemoved(const IUserFunction& Function);
+
   // Output. "t" and the empty name are the standard channel, which goes to
   // OnPrintOut; a name that no stream holds raises without a handler and is
   // passed over with one.
@@ -227,6 +241,8 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TTavoDefinedTypeEvent OnAddDefinedType;
   TTavoDefinedTypeEvent OnRemoveDefinedType;
   TNotifyEvent OnClearDefinedTypes;
+  TUserFunctionEvent OnAddUserFunction;
+  TUserFunctionEvent OnRemoveUserFunction;
 
  protected:
   // Loads the function packages named by Packages, then OnAddDefaultPackages.
@@ -275,6 +291,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   float FFuzzyEqualsThreshold = 0.01f;
   float FMinActivationStrength = 0;
   std::unique_ptr<TEngineVariables> FStorage;
+  std::unique_ptr<TUserFunctions> FUserFunctions;
   std::unique_ptr<TGlobalVariables> FGlobalVariables;
   TModules FModules;
   TModules FFocusStack;

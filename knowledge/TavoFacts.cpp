@@ -213,4 +213,24 @@ IFact TFact::CloneFact() const {
   return Result;
 }
 
+const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
+  const IFactTemplate& Template = Fact->GetTemplate();
+  if (!Template) throw ETavoException(SNoTemplate);
+  bool Fuzzy = Template->IsFuzzy();
+  const TStringList<int>& Names = Template->GetSlotNames();
+  for (int I = 0; I < Names.Count(); ++I) {
+    const String& Name = Names.Get(I);
+    const ITavoValue& Slot = Fact->GetValue(Name);
+    ITavoValue Value = Slot ? Slot->Resolve(&Context) : Slot;
+    if (!Fuzzy && Value && Value->GetDType() == dtList) {
+      // A resolved list value may be a shared one: expand into a new value.
+      Value = Make<TTavoValue>(Context.ExpandList(Value->GetAsList()));
+    }
+    // The fuzzy slots of a fuzzy template become sets of their variables once
+    // fuzzy expressions are evaluated.
+    Fact->SetValue(Name, Value);
+  }
+  return Fact;
+}
+
 }  // namespace tavo

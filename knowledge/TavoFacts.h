@@ -1,6 +1,7 @@
 // Facts: a template, an id and a table of slot values.
 #pragma once
 
+#include "core/TavoContext.h"
 #include "knowledge/TavoFactTemplate.h"
 
 namespace tavo {
@@ -16,22 +17,22 @@ struct TFactValueHashtableEntry {
 
 using TFactValues = TMekStringHashTable<TFactValueHashtableEntry>;
 
-class TFact : public TCloneableObject {
-  TAVO_CLASS(TFact, TCloneableObject)
+class TFact : public TContextFact {
+  TAVO_CLASS(TFact, TContextFact)
  public:
   // A new fact has id -1 and no values: they appear as they are read, or
   // when the template fills them in.
   explicit TFact(const IFactTemplate& Template = nullptr);
   TFact(const IFactTemplate& Template, const IFact& Source);
 
-  int GetID() const { return FID; }
+  int GetID() const override { return FID; }
   virtual void SetID(int Value) { FID = Value; }
   const IFactTemplate& GetTemplate() const { return FTemplate; }
   // Entries follow the new template's slots by name; the others go.
   virtual void SetTemplate(const IFactTemplate& Value);
 
   // The slot's value; a slot never written gets a clone of its default.
-  const ITavoValue& GetValue(StringView Name);
+  const ITavoValue& GetValue(StringView Name) override;
   // The slot's value, or null for a slot the template lacks.
   ITavoValue ContainsKey(StringView Name);
   // Stores the very value passed. With dynamic checks an integer for a
@@ -68,5 +69,10 @@ class TFact : public TCloneableObject {
   int FID = -1;
   IFactTemplate FTemplate;
 };
+
+// Evaluates the slot values of a fact in place, in Context: each value is
+// resolved, and in a fact of a template without fuzzy slots a list is
+// expanded so that lists within it are spliced in. Gives the same fact.
+const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact);
 
 }  // namespace tavo

@@ -15,6 +15,9 @@ struct TOwnerEngine : TObject, IReasoner {
   int GetFactIdCounter() const override { return Counter; }
   TObject* GetGlobalContext() const override { return nullptr; }
   ITavoDefinedType FindDefinedType(StringView) const override { return nullptr; }
+  void AddUserFunction(const IUserFunction&) override {}
+  void RemoveUserFunction(const IUserFunction&) override {}
+  bool ContainsUserFunction(StringView, IUserFunction&) const override { return false; }
   IModule Module;
   TTypeChecks Checks;
   int Counter = 0;

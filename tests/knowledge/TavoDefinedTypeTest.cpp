@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/TestSupport.h"
+#include "tests/knowledge/OwnerEngine.h"
 
 namespace tavo {
 namespace {
@@ -23,16 +24,8 @@ ITavoDefinedType NewType(const char16_t* Name) {
 }
 
 // A reasoner that records renames.
-struct TRecordingReasoner : IReasoner {
-  const IModule& GetCurrentModule() const override { return Module; }
+struct TRecordingReasoner : TOwnerEngine {
   void RenameDefinedType(const String& Old, const String& New) override { Renames += Old + u">" + New + u";"; }
-  void RenameModule(const String&, const String&) override {}
-  void RenameFactTemplate(const String&, const String&) override {}
-  TTypeChecks GetTypeChecks() const override { return {}; }
-  int GetFactIdCounter() const override { return 0; }
-  TObject* GetGlobalContext() const override { return nullptr; }
-  ITavoDefinedType FindDefinedType(StringView) const override { return nullptr; }
-  IModule Module;
   String Renames;
 };
 

@@ -1,0 +1,186 @@
+// Functions callable from the rule language, calls of them, and functions
+// written in the rule language (deffunction).
+#pragma once
+
+#include <vector>
+
+#include "core/TavoContext.h"
+
+namespace tavo {
+
+class TTavoUserFunction;
+
+// The engines in which a function is installed. Adding or removing one
+// tells the function, which tells the engine.
+class TBaseReasonerList {
+ public:
+  explicit TBaseReasonerList(TTavoUserFunction* Owner) : FOwner(Owner) {}
+  int Count() const { return int(FItems.size()); }
+  IReasoner* Get(int Index) const;
+  // Gives the index; a reasoner already there is not added twice.
+  int Add(IReasoner* Reasoner);
+  void Delete(int Index);
+  int IndexOf(const IReasoner* Reasoner) const;
+  void Clear();
+
+ private:
+  TTavoUserFunction* FOwner;
+  std::vector<IReasoner*> FItems;
+};
+
+enum TReasonerAction { raAdded, raRemoved };
+
+// A function callable from the rule language. Built-in functions derive
+// from it, set their name, help and argument counts in InitMetaData, and do
+// their work in the virtual Call (adding `using TTavoUserFunction::Call;` to
+// keep the checked entry visible).
+class TTavoUserFunction : public TCounted<TPersistent> {
+  TAVO_CLASS(TTavoUserFunction, TPersistent)
+ public:
+  TTavoUserFunction() = default;
+  explicit TTavoUserFunction(const String& Name) : FPendingName(Name) {}
+  ~TTavoUserFunction() override;
+
+  void AfterConstruction() override;
+  // Sets name, help text and counts; runs once, after all constructors.
+  virtual void InitMetaData() {}
+
+  const String& GetFunctionName() const { return FFunctionName; }
+  // A new name leaves every engine under the old name and enters under the new.
+  virtual void SetFunctionName(const String& Value);
+  const String& GetComment() const { return FComment; }
+  void SetComment(const String& Value) { FComment = Value; }
+  const String& GetArgumentString() const { return FArgumentString; }
+  virtual void SetArgumentString(const String& Value) { FArgumentString = Value; }
+  virtual int GetMinArgumentCount() const { return FMinArgumentCount; }
+  virtual int GetMaxArgumentCount() const { return FMaxArgumentCount; }
+  // The counts stay ordered: each pulls the other along.
+  virtual void SetMinArgumentCount(int Value);
+  virtual void SetMaxArgumentCount(int Value);
+
+  int AddReasoner(IReasoner* Reasoner) { return FReasoners.Add(Reasoner); }
+  void DeleteReasoner(int Index) { FReasoners.Delete(Index); }
+  void DeleteReasoner(const IReasoner* Reasoner);
+  void ClearReasoners() { FReasoners.Clear(); }
+  int IndexOfReasoner(const IReasoner* Reasoner) const { return FReasoners.IndexOf(Reasoner); }
+  IReasoner* GetReasoner(int Index) const { return FReasoners.Get(Index); }
+  int GetReasonerCount() const { return FReasoners.Count(); }
+  // An engine joined or left: it takes the function in or out.
+  virtual void ReasonerNotification(IReasoner* Reasoner, TReasonerAction Action);
+
+  // The entry of every call: checks the argument count against the
+  // function's own limits, then calls.
+  void Call(const IFunCall& FunCall, TObject* Context, ITavoValue& Result);
+  // The function's work; Result starts out null.
+  virtual void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result);
+
+  void Assign(const TPersistent* Source) override;
+  String ToString(IReasoner* Reasoner) const;
+
+ protected:
+  int FMinArgumentCount = 0;
+  int FMaxArgumentCount = 2147483647;
+  String FComment;
+  TBaseReasonerList FReasoners{this};
+  String FFunctionName;
+  String FArgumentString;
+
+ private:
+  String FPendingName;
+};
+
+// One parsed call: a name, unevaluated arguments, and the function it binds
+// to at its first execution, for good.
+class TFunctionCall : public TCloneableObject {
+  TAVO_CLASS(TFunctionCall, TCloneableObject)
+ public:
+  TFunctionCall() = default;
+  TFunctionCall(IReasoner* Reasoner, String Name) : FReasoner(Reasoner), FName(std::move(Name)) {}
+
+  int AddArgument(const ITavoValue& Value);
+  int AddArgument(double Value, TTavoType Type);
+  int AddArgument(int32_t Value, TTavoType Type);
+  int AddArgument(const String& Value, TTavoType Type);
+  // A fact, a call or a list, held by a new value and shared.
+  template <class T, class = decltype(TValueInterfaceType<T>::Type)>
+  int AddArgument(const TRef<T>& Intf) {
+    return FArguments.Add(Make<TTavoValue>(Intf));
+  }
+  void Clear() { FArguments.Clear(); }
+  void Delete(int Index) { FArguments.Delete(Index); }
+  int GetArgumentCount() const { return FArguments.Count(); }
+  const ITavoValue& GetArgument(int Index) const { return FArguments.Get(Index); }
+  void SetArgument(int Index, const ITavoValue& Value) { FArguments.Put(Index, Value); }
+
+  IReasoner* GetReasoner() const { return FReasoner; }
+  void SetReasoner(IReasoner* Value) { FReasoner = Value; }
+  const String& GetName() const { return FName; }
+  const String& GetComment() const { return FComment; }
+  void SetComment(const String& Value) { FComment = Value; }
+  const IUserFunction& GetUserFunction() const { return FUserFunction; }
+  // Binds the call; it takes the function's name, or none for null.
+  void SetUserFunction(const IUserFunction& Function);
+
+  // Binds by name in the reasoner when unbound, then calls with the
+  // argument check.
+  void Execute(TObject* Context, ITavoValue& Result);
+  ITavoValue Execute(TObject* Context);
+  // For a known context: no look-up, the call must be bound.
+  ITavoValue SimpleExecute(TTavoContext* Context);
+
+  // Same name (exact case) and strictly equal arguments.
+  bool Equals(const TCloneableObject* Other) const override;
+  int32_t GetHashCode() const override;
+  String ToString() const override;
+  // Name, comment, tag and clones of the arguments; never the binding.
+  void Assign(const TPersistent* Source) override;
+  using TCloneableObject::Assign;
+  ICloneableObject Clone() const override;
+  IFunCall CloneCall() const;
+
+ private:
+  IReasoner* FReasoner = nullptr;
+  TInterfaceList<TTavoValue> FArguments;
+  IUserFunction FUserFunction;
+  String FName;
+  String FComment;
+};
+
+// A function written in the rule language.
+class TInterpretedFunction : public TTavoUserFunction {
+  TAVO_CLASS(TInterpretedFunction, TTavoUserFunction)
+ public:
+  using TTavoUserFunction::TTavoUserFunction;
+
+  // A parameter: dtAtom (present, nil), dtVariable, or dtMultiVariable
+  // (takes the remaining arguments as a list).
+  virtual void AddArgument(const String& Name, TTavoType Type);
+  virtual void AddStatement(const IFunCall& Statement);
+  virtual void AddStatement(const ITavoValue& Statement);
+  int GetArgumentCount() const { return FArguments.Count(); }
+  const ITavoValue& GetArgument(int Index) const { return FArguments.Get(Index); }
+  int GetStatementCount() const { return FStatements.Count(); }
+  const ITavoValue& GetStatement(int Index) const { return FStatements.Get(Index); }
+  int GetOrder() const { return FOrder; }
+  void SetOrder(int Value) { FOrder = Value; }
+
+  // The parameters count; a multifield parameter lifts the maximum.
+  int GetMinArgumentCount() const override;
+  int GetMaxArgumentCount() const override;
+
+  // Runs the body in a child context; a return ends only this body.
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+  void Assign(const TPersistent* Source) override;
+
+ private:
+  TInterfaceList<TTavoValue> FArguments;
+  TInterfaceList<TTavoValue> FStatements;
+  int FOrder = 0;
+};
+
+// The call's text: "(" name and each argument's text behind a blank ")",
+// with a comment's lines in front, each led by "; ".
+String FunCallToString(const TFunctionCall& Call);
+
+}  // namespace tavo
