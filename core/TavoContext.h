@@ -69,6 +69,7 @@ class TBindings : public TMekStringHashTable<TBinding*> {
  public:
   explicit TBindings(TTavoContext* Owner) : FOwner(Owner) {}
   ~TBindings() override;
+  using TInherited::Add;
   // Stores Binding under its name, replacing (and freeing) one of that name.
   void Add(TBinding* Binding);
   void Clear() override;

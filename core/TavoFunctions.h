@@ -75,6 +75,8 @@ class TTavoUserFunction : public TCounted<TPersistent> {
   virtual void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result);
 
   void Assign(const TPersistent* Source) override;
+  using TPersistent::ToString;
+  // The function's help text.
   String ToString(IReasoner* Reasoner) const;
 
  protected:

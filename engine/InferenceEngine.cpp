@@ -347,14 +347,17 @@ void TInferenceEngine::SetStrategy(TSearchStrategy Value) {
 // Symbols and the lock.
 
 String TInferenceEngine::GenerateSymbol(const String& Prefix) {
-  return Prefix + IntToStr(FSymbolIndex++);
+  String Result = Prefix + IntToStr(FSymbolIndex);
+  // The index wraps rather than overflows after 2^31 names.
+  FSymbolIndex = int(unsigned(FSymbolIndex) + 1u);
+  return Result;
 }
 
 void TInferenceEngine::SetSymbolIndex(int Value) {
   if (Value > FSymbolIndex)
     FSymbolIndex = Value;
   else
-    ++FSymbolIndex;
+    FSymbolIndex = int(unsigned(FSymbolIndex) + 1u);
 }
 
 void TInferenceEngine::Lock() {
