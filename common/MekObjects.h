@@ -257,6 +257,22 @@ class TComponent : public TPersistent {
   TComponentState FComponentState;
 };
 
+// A component that passes every Notification on to an object that cannot
+// take part in free notification itself, such as a counted object.
+template <class T>
+class TNotificationNexus : public TComponent {
+ public:
+  explicit TNotificationNexus(T* Target = nullptr) : FTarget(Target) {}
+  void Notification(TComponent* Component, TOperation Operation) override {
+    TComponent::Notification(Component, Operation);
+    // The target may free this nexus in answer: nothing may follow the call.
+    if (FTarget) FTarget->Notification(Component, Operation);
+  }
+
+ private:
+  T* FTarget;
+};
+
 // Makes a component of Source's class under Source's owner and assigns Source
 // to it: the road by which owned objects are copied. The owner, if any, owns
 // the result. Null when the class has no default factory.

@@ -83,50 +83,12 @@ String Utf8ToString(std::string_view Text) {
   Out.reserve(Text.size());
   const size_t N = Text.size();
   size_t I = 0;
+  auto Peek = [&] { return I < N ? int(static_cast<uint8_t>(Text[I])) : -1; };
+  auto Take = [&] { ++I; };
   while (I < N) {
-    const uint8_t B = static_cast<uint8_t>(Text[I++]);
-    if (B < 0x80) {
-      Out.push_back(B);
-      continue;
-    }
-    int Need;
-    uint32_t Code;
-    // The ranges of the second byte rule out overlong forms, surrogates and
-    // code points above U+10FFFF.
-    uint8_t Low = 0x80, High = 0xBF;
-    if (B >= 0xC2 && B <= 0xDF) {
-      Need = 1;
-      Code = B & 0x1F;
-    } else if (B >= 0xE0 && B <= 0xEF) {
-      Need = 2;
-      Code = B & 0x0F;
-      if (B == 0xE0) Low = 0xA0;
-      if (B == 0xED) High = 0x9F;
-    } else if (B >= 0xF0 && B <= 0xF4) {
-      Need = 3;
-      Code = B & 0x07;
-      if (B == 0xF0) Low = 0x90;
-      if (B == 0xF4) High = 0x8F;
-    } else {
-      Out.push_back(ReplacementChar);
-      continue;
-    }
-    bool Complete = true;
-    for (; Need > 0; --Need) {
-      const uint8_t C = I < N ? static_cast<uint8_t>(Text[I]) : 0;
-      if (I >= N || C < Low || C > High) {
-        // The offending byte starts the next sequence.
-        Complete = false;
-        break;
-      }
-      Code = (Code << 6) | (C & 0x3F);
-      ++I;
-      Low = 0x80;
-      High = 0xBF;
-    }
-    if (!Complete) {
-      Out.push_back(ReplacementChar);
-    } else if (Code >= 0x10000) {
+    const uint8_t Lead = static_cast<uint8_t>(Text[I++]);
+    uint32_t Code = DecodeUtf8Sequence(Lead, Peek, Take);
+    if (Code >= 0x10000) {
       Code -= 0x10000;
       Out.push_back(static_cast<char16_t>(0xD800 + (Code >> 10)));
       Out.push_back(static_cast<char16_t>(0xDC00 + (Code & 0x3FF)));

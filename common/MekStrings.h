@@ -12,6 +12,45 @@ using StringView = std::u16string_view;
 
 // Each ill-formed sequence becomes one U+FFFD; code points above U+FFFF
 // become surrogate pairs.
+// Decodes the UTF-8 sequence that Lead begins; Peek gives the next byte (or
+// -1 at the end) and Take consumes it. The second byte's range rules out
+// overlong forms, surrogates and code points above U+10FFFF; a byte that
+// breaks a sequence is left for the next one. Gives the code point, or
+// U+FFFD for a bad sequence.
+template <class TPeek, class TTake>
+uint32_t DecodeUtf8Sequence(uint8_t Lead, TPeek&& Peek, TTake&& Take) {
+  constexpr uint32_t Replacement = 0xFFFD;
+  if (Lead < 0x80) return Lead;
+  int Need;
+  uint32_t Code;
+  int Low = 0x80, High = 0xBF;
+  if (Lead >= 0xC2 && Lead <= 0xDF) {
+    Need = 1;
+    Code = Lead & 0x1F;
+  } else if (Lead >= 0xE0 && Lead <= 0xEF) {
+    Need = 2;
+    Code = Lead & 0x0F;
+    if (Lead == 0xE0) Low = 0xA0;
+    if (Lead == 0xED) High = 0x9F;
+  } else if (Lead >= 0xF0 && Lead <= 0xF4) {
+    Need = 3;
+    Code = Lead & 0x07;
+    if (Lead == 0xF0) Low = 0x90;
+    if (Lead == 0xF4) High = 0x8F;
+  } else {
+    return Replacement;
+  }
+  for (; Need > 0; --Need) {
+    const int Byte = Peek();
+    if (Byte < Low || Byte > High) return Replacement;
+    Take();
+    Code = (Code << 6) | uint32_t(Byte & 0x3F);
+    Low = 0x80;
+    High = 0xBF;
+  }
+  return Code;
+}
+
 String Utf8ToString(std::string_view Text);
 // Lone surrogates become U+FFFD.
 std::string StringToUtf8(StringView Text);

@@ -119,38 +119,8 @@ TTextEncoding TGTextStream::GetEncoding() {
   return FEncoding;
 }
 
-// The same rules as Utf8ToString: the second byte's range rules out overlong
-// forms, surrogates and code points above U+10FFFF, and the byte that breaks
-// a sequence starts the next one.
 char16_t TGTextStream::DecodeUtf8(uint8_t Lead) {
-  if (Lead < 0x80) return Lead;
-  int Need;
-  uint32_t Code;
-  int Low = 0x80, High = 0xBF;
-  if (Lead >= 0xC2 && Lead <= 0xDF) {
-    Need = 1;
-    Code = Lead & 0x1F;
-  } else if (Lead >= 0xE0 && Lead <= 0xEF) {
-    Need = 2;
-    Code = Lead & 0x0F;
-    if (Lead == 0xE0) Low = 0xA0;
-    if (Lead == 0xED) High = 0x9F;
-  } else if (Lead >= 0xF0 && Lead <= 0xF4) {
-    Need = 3;
-    Code = Lead & 0x07;
-    if (Lead == 0xF0) Low = 0x90;
-    if (Lead == 0xF4) High = 0x8F;
-  } else {
-    return ReplacementChar;
-  }
-  for (; Need > 0; --Need) {
-    const int B = PeekByte();
-    if (B < Low || B > High) return ReplacementChar;
-    ReadByte();
-    Code = (Code << 6) | uint32_t(B & 0x3F);
-    Low = 0x80;
-    High = 0xBF;
-  }
+  uint32_t Code = DecodeUtf8Sequence(Lead, [this] { return PeekByte(); }, [this] { ReadByte(); });
   if (Code < 0x10000) return char16_t(Code);
   Code -= 0x10000;
   FPendingLow = char16_t(0xDC00 + (Code & 0x3FF));

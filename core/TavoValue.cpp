@@ -72,14 +72,6 @@ int32_t TruncToInt32(double Value) {
   return int32_t(uint32_t(uint64_t(Whole)));
 }
 
-// The nexus.
-
-void TTavoValueNexus::Notification(TComponent* Component, TOperation Operation) {
-  TComponent::Notification(Component, Operation);
-  // The value may free this nexus in answer: nothing may follow the call.
-  if (FValue) FValue->Notification(Component, Operation);
-}
-
 // Construction.
 
 TTavoValue::TTavoValue(const TClass* Class) {

@@ -28,17 +28,8 @@ struct TTavoValueRec {
   TTavoValueRec() : VExtended(0) {}
 };
 
-// Lets a value take part in a component's free notification: it forwards
-// every Notification to the value that made it.
-class TTavoValueNexus : public TComponent {
-  TAVO_CLASS(TTavoValueNexus, TComponent)
- public:
-  explicit TTavoValueNexus(TTavoValue* Value = nullptr) : FValue(Value) {}
-  void Notification(TComponent* Component, TOperation Operation) override;
-
- private:
-  TTavoValue* FValue;
-};
+// Lets a value take part in a component's free notification.
+using TTavoValueNexus = TNotificationNexus<TTavoValue>;
 
 class TTavoValue : public TCloneableObject {
   TAVO_CLASS(TTavoValue, TCloneableObject)

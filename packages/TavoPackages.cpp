@@ -6,13 +6,6 @@
 
 namespace tavo {
 
-// TTavoFunctionNexus
-
-void TTavoFunctionNexus::Notification(TComponent* Component, TOperation Operation) {
-  TComponent::Notification(Component, Operation);
-  if (FInnerFunction) FInnerFunction->Notification(Component, Operation);
-}
-
 // TTavoInnerFunction
 
 TTavoInnerFunction::TTavoInnerFunction(TObject* Owner) : FOwner(Owner) {

@@ -24,15 +24,7 @@ T* NewComponent(A&&... Args) {
 }
 
 // Tells an inner function when its owning component goes away.
-class TTavoFunctionNexus : public TComponent {
-  TAVO_CLASS(TTavoFunctionNexus, TComponent)
- public:
-  explicit TTavoFunctionNexus(TTavoInnerFunction* InnerFunction = nullptr) : FInnerFunction(InnerFunction) {}
-  void Notification(TComponent* Component, TOperation Operation) override;
-
- private:
-  TTavoInnerFunction* FInnerFunction;
-};
+using TTavoFunctionNexus = TNotificationNexus<TTavoInnerFunction>;
 
 // The function object behind a host-side component, or behind a bare
 // OnCall handler when there is no component.
