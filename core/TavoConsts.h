@@ -155,7 +155,7 @@ String GetTavoTypeName(TTavoType Type);
 
 // The names of the members of Types in ordinal order without their two-letter
 // prefix, joined by Separator, in "[" "]" when Bracket is set.
-String SetToString(TTavoTypes Types, StringView Separator = u",", bool Bracket = true);
+String SetToString(TTavoTypes Types, StringView Separator = u", ", bool Bracket = false);
 
 // Removes one pair of surrounding double quotes when the text has both.
 String TavoStringToString(StringView Text);

@@ -135,7 +135,27 @@ void TFunctionCall::SetUserFunction(const IUserFunction& Function) {
   FName = Function ? Function->GetFunctionName() : String();
 }
 
+namespace {
+
+// Nesting of calls being executed on this thread; a limit turns runaway
+// recursion into an error instead of a stack overflow.
+thread_local int CallDepth = 0;
+
+}  // namespace
+
 void TFunctionCall::Execute(TObject* Context, ITavoValue& Result) {
+  if (CallDepth >= MaxCallDepth) throw ETavoException(Format(SRecursionTooDeep, MaxCallDepth, FName));
+  ++CallDepth;
+  try {
+    ExecuteBound(Context, Result);
+  } catch (...) {
+    --CallDepth;
+    throw;
+  }
+  --CallDepth;
+}
+
+void TFunctionCall::ExecuteBound(TObject* Context, ITavoValue& Result) {
   if (!FUserFunction && FReasoner) {
     IUserFunction Function;
     if (!FReasoner->ContainsUserFunction(FName, Function))

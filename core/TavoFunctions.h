@@ -10,6 +10,9 @@ namespace tavo {
 
 class TTavoUserFunction;
 
+// The deepest nesting of executing calls, recursion included.
+inline constexpr int MaxCallDepth = 1000;
+
 // The engines in which a function is installed. Adding or removing one
 // tells the function, which tells the engine.
 class TBaseReasonerList {
@@ -128,6 +131,7 @@ class TFunctionCall : public TCloneableObject {
   void Execute(TObject* Context, ITavoValue& Result);
   ITavoValue Execute(TObject* Context);
   // For a known context: no look-up, the call must be bound.
+
   ITavoValue SimpleExecute(TTavoContext* Context);
 
   // Same name (exact case) and strictly equal arguments.
@@ -141,6 +145,8 @@ class TFunctionCall : public TCloneableObject {
   IFunCall CloneCall() const;
 
  private:
+  void ExecuteBound(TObject* Context, ITavoValue& Result);
+
   IReasoner* FReasoner = nullptr;
   TInterfaceList<TTavoValue> FArguments;
   IUserFunction FUserFunction;

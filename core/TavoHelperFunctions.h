@@ -13,3 +13,11 @@ inline constexpr char16_t SInvalidNameCharacters[] = u" '\"#()[]?:$&;<>";
 void CheckConstructName(StringView Name);
 
 }  // namespace tavo
+
+namespace tavo {
+
+// The name of a copy of a construct: "-copy" behind the name, then a number
+// that counts up for copies of copies.
+String RenameCopy(StringView Name);
+
+}  // namespace tavo

@@ -334,3 +334,11 @@ inline constexpr char16_t SInitModuleAgain[] =
     u"Module has already been initialized";
 
 }  // namespace tavo
+
+namespace tavo {
+
+// Messages of guards that keep bad input finite.
+inline constexpr char16_t SNestingTooDeep[] = u"Expression nested more than %d levels deep";
+inline constexpr char16_t SRecursionTooDeep[] = u"Function calls nested more than %d levels deep: %s";
+
+}  // namespace tavo

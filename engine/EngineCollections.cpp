@@ -305,4 +305,16 @@ String TUserFunctions::GetNamesToString() const {
   return Result;
 }
 
+// TGlobalVariables
+
+void TGlobalVariables::DoAdd(const String& Key, const ITavoValue& Value) {
+  TEngineVariables::DoAdd(Key, Value);
+  if (FEngine) FEngine->ResetGlobalVariable(Key, Value);
+}
+
+void TGlobalVariables::DoSetValue(const String& Key, const ITavoValue& Value) {
+  TEngineVariables::DoSetValue(Key, Value);
+  if (FEngine) FEngine->ResetGlobalVariable(Key, Value);
+}
+
 }  // namespace tavo

@@ -151,12 +151,15 @@ class TEngineVariables : public TValueHashTable {
 };
 
 // The definitions of defglobal, kept unevaluated. Each is bound in the
-// engine's global context when it is stored and at every reset, once the
-// engine evaluates expressions.
+// engine's global context when it is stored, and again at every reset.
 class TGlobalVariables : public TEngineVariables {
   TAVO_CLASS(TGlobalVariables, TEngineVariables)
  public:
   using TEngineVariables::TEngineVariables;
+
+ protected:
+  void DoAdd(const String& Key, const ITavoValue& Value) override;
+  void DoSetValue(const String& Key, const ITavoValue& Value) override;
 };
 
 }  // namespace tavo

@@ -14,6 +14,7 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
   FGlobalVariables.reset(static_cast<TGlobalVariables*>(CreateTavoObject(otGlobalVariables, nullptr)));
   FStorage.reset(static_cast<TEngineVariables*>(CreateTavoObject(otEngineVariables, nullptr)));
   FUserFunctions.reset(static_cast<TUserFunctions*>(CreateTavoObject(otUserFunctions, nullptr)));
+  FGlobalContext = std::make_unique<TTavoContext>(nullptr, this);
   // The main module; Initialize makes its objects current.
   IModule Main = Make<TModule>(this, true);
   AddModule(Main);
@@ -33,6 +34,7 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
 TInferenceEngine::~TInferenceEngine() {
   UnhookEvents();
   Destroying();
+  FParser.reset();
   // Functions held elsewhere forget this engine; then the packages and other
   // owned components go while the engine is still whole.
   if (FUserFunctions) FUserFunctions->Clear();
@@ -162,9 +164,15 @@ ITavoDefinedType TInferenceEngine::FindDefinedType(StringView Name) const {
   return Type ? *Type : ITavoDefinedType();
 }
 
-TObject* TInferenceEngine::GetGlobalContext() const {
-  // The global evaluation context arrives with expression evaluation.
-  return nullptr;
+TObject* TInferenceEngine::GetGlobalContext() const { return FGlobalContext.get(); }
+
+void TInferenceEngine::ResetGlobalVariable(const String& Name, const ITavoValue& Value) {
+  ITavoValue Bound = Value;
+  if (Value && Value->GetDType() == dtFunCall) {
+    std::unique_ptr<TTavoContext> Child(FGlobalContext->Push());
+    Bound = Value->Resolve(Child.get());
+  }
+  FGlobalContext->AddBinding(Name, Bound);
 }
 
 void TInferenceEngine::RenameFactTemplate(const String& OldName, const String& NewName) {
@@ -326,17 +334,6 @@ void TInferenceEngine::ProcessPendingFacts() {
   }
 }
 
-void TInferenceEngine::AddDefaultPackages() {
-  // The function packages of FPackages are created here, in their fixed
-  // order, as they arrive.
-  if (OnAddDefaultPackages) OnAddDefaultPackages(this);
-}
-
-void TInferenceEngine::SetPackages(TFunctionPackages Value) {
-  if (Value == FPackages) return;
-  FPackages = Value;
-  AddDefaultPackages();
-}
 
 void TInferenceEngine::SetStrategy(TSearchStrategy Value) {
   // A different strategy re-sorts the agenda's activations once an agenda

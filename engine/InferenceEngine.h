@@ -148,6 +148,18 @@ class TInferenceEngine : public TComponent, public IReasoner {
   virtual void ClearDefinedTypes();
   void RenameFactTemplate(const String& OldName, const String& NewName) override;
   TObject* GetGlobalContext() const override;
+  TTavoContext* GetContext() const { return FGlobalContext.get(); }
+  // Binds a global in the global context; a call as its value is run first,
+  // in a child of that context.
+  virtual void ResetGlobalVariable(const String& Name, const ITavoValue& Value);
+
+  // Rule-language text, read by the engine's parser (made on first use, of
+  // the class of GetParserType). Execute runs the top-level calls.
+  bool Parse(const String& Text, bool Execute = true);
+  // The parser object; its class is TTavoParser.
+  TObject* GetParserObject();
+  const TClass* GetParserType() const { return FParserType; }
+  void SetParserType(const TClass* Value) { FParserType = Value; }
 
   // Functions. The table holds every function by name; a function that
   // takes the engine among its reasoners enters it, one that leaves it or
@@ -246,6 +258,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
 
  protected:
   // Loads the function packages named by Packages, then OnAddDefaultPackages.
+  // Defined with the packages, which sit above the engine.
   virtual void AddDefaultPackages();
   virtual void BeginInference();
   virtual void EndInference();
@@ -290,6 +303,9 @@ class TInferenceEngine : public TComponent, public IReasoner {
   bool FFuzzyAutoTerms = true;
   float FFuzzyEqualsThreshold = 0.01f;
   float FMinActivationStrength = 0;
+  std::unique_ptr<TTavoContext> FGlobalContext;
+  const TClass* FParserType = nullptr;
+  std::unique_ptr<TObject> FParser;
   std::unique_ptr<TEngineVariables> FStorage;
   std::unique_ptr<TUserFunctions> FUserFunctions;
   std::unique_ptr<TGlobalVariables> FGlobalVariables;

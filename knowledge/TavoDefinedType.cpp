@@ -492,7 +492,7 @@ String TTavoDefinedType::GetInvalidValueString(const ITavoValue& Value) const {
              Type == dtMultiVariable) {
     Reason = NotAllowedReason(Value);
   } else {
-    Reason = Format(SNotCorrectType, UpperCase(SetToString(FBaseTypes, u", ", false)),
+    Reason = Format(SNotCorrectType, UpperCase(SetToString(FBaseTypes)),
                     Value->GetToString(), GetTavoTypeName(Type));
   }
   if (Reason.empty()) return Reason;

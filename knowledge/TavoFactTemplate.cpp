@@ -7,7 +7,7 @@ namespace tavo {
 
 namespace {
 
-String TypesText(TTavoTypes Types) { return UpperCase(SetToString(Types, u", ", false)); }
+String TypesText(TTavoTypes Types) { return UpperCase(SetToString(Types)); }
 
 }  // namespace
 

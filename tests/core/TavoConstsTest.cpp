@@ -8,9 +8,10 @@ namespace tavo {
 namespace {
 
 TEST(TavoConstsTest, TypeSetsPrintTheirMembersWithoutPrefix) {
-  EXPECT_EQ(SetToString(TavoNumericTypes), u"[Integer,Float]");
+  EXPECT_EQ(SetToString(TavoNumericTypes), u"Integer, Float");
+  EXPECT_EQ(SetToString(TavoNumericTypes, u",", true), u"[Integer,Float]");
   EXPECT_EQ(SetToString(TavoFactTypes, u" ", false), u"Integer FactId Float");
-  EXPECT_EQ(SetToString(TTavoTypes()), u"[]");
+  EXPECT_EQ(SetToString(TTavoTypes(), u",", true), u"[]");
   EXPECT_EQ(GetTavoTypeName(dtExternalAddress), u"dtExternalAddress");
   // Memberships that look odd but are meant.
   EXPECT_TRUE(TavoIntegerTypes.Contains(dtDescriptor));

@@ -1,0 +1,669 @@
+#include "language/TavoClipsParser.h"
+
+#include "core/TavoHelperFunctions.h"
+#include "engine/InferenceEngine.h"
+
+namespace tavo {
+
+namespace {
+
+// Token kinds of punctuation are their character codes.
+constexpr int KindEOF = 0;
+constexpr int KindOpen = u'(';
+constexpr int KindClose = u')';
+constexpr int KindEquals = u'=';
+constexpr int KindOpenBracket = u'[';
+constexpr int KindCloseBracket = u']';
+
+constexpr const char16_t* ConstructKeywords[] = {u"defrule",   u"deffacts", u"deftemplate", u"deffunction",
+                                                 u"defglobal", u"deftype",  u"defmodule"};
+
+String KindText(int Kind) { return String(1, char16_t(Kind)); }
+
+// Counts one level of nesting for as long as it lives.
+class TDepthGuard {
+ public:
+  explicit TDepthGuard(int& Depth) : FDepth(Depth) { ++FDepth; }
+  ~TDepthGuard() { --FDepth; }
+
+ private:
+  int& FDepth;
+};
+
+}  // namespace
+
+// TTavoParser
+
+String TTavoParser::GetConstructName(TParsedType Type) {
+  if (Type >= ptRule && Type <= ptDefModule) return ConstructKeywords[Type - ptRule];
+  return String();
+}
+
+TParsedType TTavoParser::FindConstructType(StringView Name) {
+  for (int Type = ptNone; Type <= ptEOF; ++Type)
+    if (GetConstructName(TParsedType(Type)) == Name) return TParsedType(Type);
+  return ptNone;
+}
+
+void TTavoParser::Assign(const TPersistent* Source) {
+  auto* Parser = dynamic_cast<const TTavoParser*>(Source);
+  if (!Parser) {
+    TPersistent::Assign(Source);
+    return;
+  }
+  FStream = Parser->FStream;
+  FExplicitCreateTemplates = Parser->FExplicitCreateTemplates;
+  FTypeCheck = Parser->FTypeCheck;
+  FAutoRenameCopy = Parser->FAutoRenameCopy;
+  FIgnoreModuleQualifier = Parser->FIgnoreModuleQualifier;
+  FPrintModuleQualifiers = Parser->FPrintModuleQualifiers;
+  FErrorHandling = Parser->FErrorHandling;
+  FMaxErrors = Parser->FMaxErrors;
+}
+
+// TTavoClipsParser
+
+TTavoClipsParser::TTavoClipsParser(TInferenceEngine* Owner, TTavoTokenizerStream* Stream)
+    : TTavoParser(Owner, Stream) {
+  FSlotFunctions.SetCaseSensitive(true);
+  for (const char16_t* Name : {u"assert", u"fuzzy-assert", u"fuzzy-assert-unconditional"})
+    AddSlotFunction(Name, 0, 65535);
+  for (const char16_t* Name : {u"modify", u"duplicate"}) AddSlotFunction(Name, 1, 65535);
+}
+
+void TTavoClipsParser::Assign(const TPersistent* Source) {
+  TTavoParser::Assign(Source);
+  if (auto* Parser = dynamic_cast<const TTavoClipsParser*>(Source)) FSlotFunctions.Assign(&Parser->FSlotFunctions);
+}
+
+TTavoClipsStream& TTavoClipsParser::Stream() const {
+  auto* Clips = dynamic_cast<TTavoClipsStream*>(FStream);
+  if (!Clips) throw ETavoException(SNoParser);
+  return *Clips;
+}
+
+IStreamToken TTavoClipsParser::Next() { return Stream().NextToken(); }
+
+void TTavoClipsParser::PutBack(const IStreamToken& Token) { Stream().PutBackToken(Token); }
+
+int TTavoClipsParser::CurrentLine() const { return Stream().GetCurrentToken()->GetLineNumber(); }
+
+bool TTavoClipsParser::IsValueToken(const IStreamToken& Token) const {
+  switch (Token->GetDataType()) {
+    case dtAtom:
+    case dtString:
+    case dtInteger:
+    case dtVariable:
+    case dtFloat:
+    case dtMultiVariable:
+      return true;
+    default:
+      return false;
+  }
+}
+
+ITavoValue TTavoClipsParser::TokenValue(const IStreamToken& Token) const { return Token->Value(); }
+
+ITavoValue TTavoClipsParser::FunCallValue() { return Make<TTavoValue>(ParseFunCall()); }
+
+void TTavoClipsParser::ParseError(StringView Where, StringView Message) {
+  String Text = Stream().ToString();
+  if (Text.size() > 255) Text = Text.substr(0, 128) + u"... \r\n" + Text.substr(Text.size() - 128);
+  int Line = CurrentLine();
+  throw ETavoParseException(Format(SParseError, Message, Where, IntToStr(Line), Text), Line);
+}
+
+void TTavoClipsParser::NotYet(StringView Keyword) {
+  Next();  // "(" and the keyword, so that the message shows them
+  Next();
+  ParseError(u"ParseExpression", StringView(Format(SParseTypeError, Keyword)));
+}
+
+String TTavoClipsParser::GenerateSymbol(const String& Prefix) {
+  return FOwner ? FOwner->GenerateSymbol(Prefix) : Prefix;
+}
+
+String TTavoClipsParser::GetSyntaxStatement(const IUserFunction& Function) {
+  String Arguments = Trim(Function->GetArgumentString());
+  return Format(CLIPSSyntaxFormat, Arguments.empty() ? Function->GetFunctionName()
+                                                     : Function->GetFunctionName() + u' ' + Arguments);
+}
+
+// Slot functions.
+
+void TTavoClipsParser::AddSlotFunction(const String& Name, int Start, int End) {
+  TSlotArgRecord Record{uint16_t(Start), uint16_t(End)};
+  int Index = FSlotFunctions.IndexOf(Name);
+  if (Index >= 0)
+    FSlotFunctions.SetData(Index, Record);
+  else
+    FSlotFunctions.AddObject(Name, nullptr, Record);
+}
+
+int TTavoClipsParser::GetSlotFunctionStart(StringView Name) const {
+  int Index = FSlotFunctions.IndexOf(Name);
+  return Index < 0 ? -1 : FSlotFunctions.GetData(Index).Start;
+}
+
+int TTavoClipsParser::GetSlotFunctionEnd(StringView Name) const {
+  int Index = FSlotFunctions.IndexOf(Name);
+  if (Index < 0) return -1;
+  int End = FSlotFunctions.GetData(Index).End;
+  return End == 0 ? 65535 : End;
+}
+
+void TTavoClipsParser::SetSlotFunctionStart(StringView Name, int Value) {
+  int Index = FSlotFunctions.IndexOf(Name);
+  if (Index < 0) return;
+  TSlotArgRecord Record = FSlotFunctions.GetData(Index);
+  Record.Start = uint16_t(Value);
+  if (Record.Start > Record.End) Record.End = Record.Start;
+  FSlotFunctions.SetData(Index, Record);
+}
+
+void TTavoClipsParser::SetSlotFunctionEnd(StringView Name, int Value) {
+  int Index = FSlotFunctions.IndexOf(Name);
+  if (Index < 0) return;
+  TSlotArgRecord Record = FSlotFunctions.GetData(Index);
+  Record.End = uint16_t(Value == 0 ? 1 : Value);
+  if (Record.End < Record.Start) Record.Start = Record.End;
+  FSlotFunctions.SetData(Index, Record);
+}
+
+// The frame.
+
+TParsedType TTavoClipsParser::GetConstructType() {
+  IStreamToken Token = Next();
+  TParsedType Type = GetConstructType(Token);
+  // An opening parenthesis is back already.
+  if (Token->GetDataType() != KindOpen) PutBack(Token);
+  return Type;
+}
+
+TParsedType TTavoClipsParser::GetConstructType(const IStreamToken& Token) {
+  switch (Token->GetDataType()) {
+    case KindOpen: {
+      PutBack(Token);
+      String Head = Stream().Head();
+      for (int Type = ptRule; Type <= ptDefModule; ++Type)
+        if (Head == ConstructKeywords[Type - ptRule]) return TParsedType(Type);
+      return Head == u"EOF" ? ptEOF : ptFunCall;
+    }
+    case dtAtom:
+    case dtInteger:
+    case dtFloat:
+    case dtVariable:
+    case dtMultiVariable:
+      return ptValue;
+    case KindEOF:
+      if (Token->GetText() == u"EOF") return ptEOF;
+      break;
+    default:
+      break;
+  }
+  ParseError(u"GetConstructType", SExpectedParenConstVar, Token->ToString());
+}
+
+bool TTavoClipsParser::ParseExpression(bool Execute) {
+  ITavoValue Result = FCNil;
+  ICloneableObject Construct;
+  TObject* Object = nullptr;
+  IInterpretedFunction Function;
+  IStreamToken Token = Next();
+  TParsedType Type = GetConstructType(Token);
+  switch (Type) {
+    case ptValue:
+      Result = Token->Value(FOwner ? FOwner->GetGlobalContext() : nullptr);
+      break;
+    case ptFunCall:
+      Result = Execute ? ParseNExecuteFunCall() : FunCallValue();
+      break;
+    case ptFunction:
+      Function = ParseFunction();
+      Object = Function.Get();
+      if (FOwner) FOwner->GetUserFunctions()->AddOrSetValue(Function->GetFunctionName(), Function);
+      break;
+    case ptGlobals:
+      ParseGlobalVariables();
+      break;
+    case ptRule:
+    case ptFactSet:
+    case ptFactTemplate:
+    case ptDefType:
+    case ptDefModule:
+      NotYet(GetConstructName(Type));
+    case ptEOF:
+      Result = FCEOF;
+      break;
+    default:
+      break;
+  }
+  if (!Result || Result->Equals(FCNil))
+    Type = ptNone;
+  else
+    Construct = Result;
+  if ((Type == ptValue || Type == ptFunCall) && FOwner) FOwner->PrintOut(Result->ToString() + u"\r\n");
+  if (OnParse) OnParse(this, Type, Construct, Object);
+  return !(Result && Result->Equals(FCEOF));
+}
+
+bool TTavoClipsParser::Parse(bool Execute) {
+  if (FErrorHandling == ehRaiseImmediate) {
+    while (ParseExpression(Execute)) {
+    }
+    return true;
+  }
+  TStringList<int> Messages;
+  auto Raise = [&]() {
+    if (Messages.Count() == 0) return;
+    String Text = Messages.GetText();
+    if (Messages.Count() == 1) throw ETavoParseException(Text, CurrentLine());
+    throw ETavoParseException(Format(SMultipleParseError, Text), CurrentLine());
+  };
+  bool Done = false;
+  while (!Done) {
+    try {
+      Done = !ParseExpression(true);
+      continue;
+    } catch (const EAbort&) {
+      Raise();
+      throw;
+    } catch (const ETavoParseException& E) {
+      Messages.Add(E.Message());
+    } catch (const EMekException& E) {
+      Messages.Add(Format(SParseError, E.Message(), u"Parse", IntToStr(CurrentLine()), Stream().ToString()));
+    } catch (const std::exception& E) {
+      Messages.Add(Format(SParseError, Utf8ToString(E.what()), u"Parse", IntToStr(CurrentLine()),
+                          Stream().ToString()));
+    }
+    if (Messages.Count() > FMaxErrors)
+      Done = true;
+    else
+      Stream().MoveToNextConstruct();
+  }
+  Raise();
+  return true;
+}
+
+IStreamToken TTavoClipsParser::ParseHeader(String& Name, String& Comment, bool HasComment, StringView Where,
+                                           StringView Message, StringView Keyword) {
+  IStreamToken Open = Next();
+  IStreamToken Word = Next();
+  if (Open->GetDataType() != KindOpen || Word->GetDataType() != dtAtom || Word->GetText() != Keyword)
+    ParseError(Where, Message);
+  IStreamToken NameToken = Next();
+  if (NameToken->GetDataType() != dtAtom) ParseError(Where, SMissingName);
+  Name = NameToken->GetText();
+  if (FAutoRenameCopy && FOwner && Keyword == u"deffunction")
+    while (FOwner->GetUserFunction(Name)) Name = RenameCopy(Name);
+  Comment.clear();
+  IStreamToken Token = Next();
+  if (HasComment && Token->GetDataType() == dtString) {
+    Comment = Token->GetText();
+    Token = Next();
+  }
+  return Token;
+}
+
+// Values.
+
+ITavoValue TTavoClipsParser::ParseValue() {
+  ITavoValue Result;
+  IValueVector Vector;
+  IStreamToken Token = Next();
+  while (Token->GetDataType() != KindEOF && Token->GetDataType() != KindClose) {
+    if (Result) {
+      if (!Vector) Vector = Make<TValueVector>();
+      Vector->Add(Result);
+    }
+    int Kind = Token->GetDataType();
+    if (Kind == KindOpenBracket || Kind == KindCloseBracket) {
+      Result = Make<TTavoValue>(Token->GetText(), dtAtom);
+    } else if (Kind == KindOpen) {
+      IStreamToken Second = Next();
+      PutBack(Second);
+      PutBack(Token);
+      Result = Second->GetDataType() == KindOpen ? Make<TTavoValue>(ParseSingletons()) : FunCallValue();
+    } else if (IsValueToken(Token)) {
+      Result = TokenValue(Token);
+    } else if (Vector) {
+      break;
+    } else {
+      ParseError(u"ParseValue", SBadArgument, Token->ToString());
+    }
+    Token = Next();
+  }
+  PutBack(Token);
+  if (Vector) {
+    // A stray punctuation token after two values adds the last one twice,
+    // as it stands.
+    if (Result) Vector->Add(Result);
+    Result = Make<TTavoValue>(Vector);
+  }
+  return Result;
+}
+
+IValueVector TTavoClipsParser::ParseList() {
+  IValueVector Vector = Make<TValueVector>();
+  IStreamToken Token = Next();
+  while (Token->GetDataType() != KindEOF && Token->GetDataType() != KindClose) {
+    int Kind = Token->GetDataType();
+    if (Kind == KindOpenBracket || Kind == KindCloseBracket) {
+      Vector->Add(Make<TTavoValue>(Token->GetText(), dtAtom));
+    } else if (Kind == KindEquals) {
+      IStreamToken Open = Next();
+      if (Open->GetDataType() != KindOpen) ParseError(u"ParseList", SAtomNotEquals);
+      PutBack(Open);
+      Vector->Add(FunCallValue());
+    } else if (Kind == KindOpen) {
+      IStreamToken Second = Next();
+      PutBack(Second);
+      PutBack(Token);
+      Vector->Add(Second->GetDataType() == KindOpen ? Make<TTavoValue>(ParseSingletons()) : FunCallValue());
+    } else if (IsValueToken(Token)) {
+      Vector->Add(TokenValue(Token));
+    } else {
+      ParseError(u"ParseList", SBadSlotValue, Token->ToString());
+    }
+    Token = Next();
+  }
+  PutBack(Token);
+  return Vector;
+}
+
+ITavoValue TTavoClipsParser::CheckedValue(ITavoValue Value, TTavoTypes Types, const ITavoDefinedType& DefinedType) {
+  if (!FTypeCheck || !Value || TavoAlwaysValidTypes.Contains(Value->GetDType())) return Value;
+  if (DefinedType) {
+    if (!DefinedType->IsValid(Value))
+      ParseError(u"ParseValue(SlotTypes)", StringView(DefinedType->GetInvalidValueString(Value)));
+    return Value;
+  }
+  TTavoType Type = Value->GetDType();
+  if (Types.Contains(Type)) return Value;
+  if (Type == dtFloat && Types.Contains(dtInteger)) {
+    Value->SetAsInteger(Value->GetAsInteger());
+  } else if (Type == dtInteger && Types.Contains(dtFloat)) {
+    Value->SetAsFloat(Value->GetAsNumeric());
+  } else {
+    String Inner = Format(SNotCorrectType, UpperCase(SetToString(Types)), Value->ToString(), GetTavoTypeName(Type));
+    ParseError(u"ParseValue(SlotTypes)", SInvalidSlotValue, Inner, u"ParseValue");
+  }
+  return Value;
+}
+
+ITavoValue TTavoClipsParser::ParseValue(TTavoTypes Types, const ITavoDefinedType& DefinedType) {
+  if (Types.Contains(dtFuzzy)) {
+    if (FTypeCheck && !DefinedType) ParseError(u"ParseValue", SNeedFuzzyType);
+    // Fuzzy values are read once fuzzy expressions are evaluated.
+    ParseError(u"ParseValue", SParseTypeError, u"fuzzy values");
+  }
+  if (Types.Contains(dtMultiSlot)) return CheckedValue(Make<TTavoValue>(ParseList()), Types, DefinedType);
+  ITavoValue Result;
+  IStreamToken Token = Next();
+  int Kind = Token->GetDataType();
+  if (Kind == KindOpen) {
+    PutBack(Token);
+    Result = FunCallValue();
+  } else if (Kind == KindEquals) {
+    IStreamToken Open = Next();
+    if (Open->GetDataType() != KindOpen) ParseError(u"ParseValue", SAtomNotEquals);
+    PutBack(Open);
+    Result = FunCallValue();
+  } else if (IsValueToken(Token)) {
+    Result = TokenValue(Token);
+  } else {
+    ParseError(u"ParseValue", SBadSlotValue, Token->ToString());
+  }
+  return CheckedValue(Result, Types, DefinedType);
+}
+
+ITavoValue TTavoClipsParser::ParseValue(const IFactSlot& Slot) {
+  ITavoValue Value = ParseValue(Slot->GetSlotType(), Slot->GetExtendedTypeInfo());
+  if (FTypeCheck && !Slot->IsValid(Value)) {
+    if (Value && Value->GetDType() == dtInteger && Slot->GetSlotType().Contains(dtFloat))
+      Value->SetAsFloat(Value->GetAsNumeric());
+    else
+      ParseError(u"ParseValue(Fact Slot)", StringView(Slot->GetInvalidValueString(Value)));
+  }
+  return Value;
+}
+
+IValueVector TTavoClipsParser::ParseValuePair() {
+  IValueVector Pair = Make<TValueVector>();
+  IStreamToken Open = Next();
+  IStreamToken Name = Next();
+  if (Open->GetDataType() != KindOpen || Name->GetDataType() != dtAtom) ParseError(u"ParseValuePair", SExpectedAtom);
+  Pair->Add(Make<TTavoValue>(Name->GetText(), dtAtom));
+  ITavoValue Value = ParseValue();
+  if (!Value) ParseError(u"ParseValuePair", SExpectedValue);
+  Pair->Add(Value);
+  if (Next()->GetDataType() != KindClose) ParseError(u"ParseValuePair", SExpectedChar, u")");
+  return Pair;
+}
+
+ISingletonsVector TTavoClipsParser::ParseSingletons() {
+  TDepthGuard Guard(FDepth);
+  if (FDepth > MaxParseDepth) ParseError(u"ParseFuzzyPoints", SNestingTooDeep, MaxParseDepth);
+  // Printed in the plain form until the engine prints singletons itself.
+  ISingletonsVector Singletons = Make<TSingletonsVector>();
+  if (Next()->GetDataType() != KindOpen) ParseError(u"ParseFuzzyPoints", SExpectedChar, u"(");
+  auto Point = [this](const IStreamToken& Token) -> ITavoValue {
+    int Kind = Token->GetDataType();
+    if (Kind == dtInteger || Kind == dtVariable || Kind == dtFloat) return Token->Value();
+    if (Kind == KindOpen) {
+      PutBack(Token);
+      return FunCallValue();
+    }
+    ParseError(u"ParseFuzzyPoints", SExpectedNumVarFun);
+  };
+  IStreamToken Token = Next();
+  while (Token->GetDataType() == KindOpen) {
+    ITavoValue X = Point(Next());
+    ITavoValue Y = Point(Next());
+    Singletons->Add(X, Y);
+    if (Next()->GetDataType() != KindClose) ParseError(u"ParseFuzzyPoints", SExpectedChar, u")");
+    Token = Next();
+  }
+  if (Token->GetDataType() != KindClose) ParseError(u"ParseFuzzyPoints", SExpectedChar, u")");
+  return Singletons;
+}
+
+// Calls.
+
+IFunCall TTavoClipsParser::ParseFunCall() {
+  TDepthGuard Guard(FDepth);
+  if (FDepth > MaxParseDepth) ParseError(u"ParseFunCall", SNestingTooDeep, MaxParseDepth);
+  IStreamToken Open = Next();
+  if (Open->GetDataType() != KindOpen) ParseError(u"ParseFunCall", SExpectedChar, u"(");
+  String Comment = Trim(Open->GetWhitespace());
+  IStreamToken Head = Next();
+  String Name;
+  ITavoValue HeadVariable;
+  int HeadKind = Head->GetDataType();
+  if (HeadKind == dtAtom || HeadKind == KindEquals) {
+    Name = Head->GetText();
+  } else if (HeadKind == dtVariable || HeadKind == dtMultiVariable) {
+    Name = u"__get-var";
+    HeadVariable = Head->Value();
+  } else {
+    ParseError(u"ParseFunCall", SMissingName);
+  }
+  int SlotIndex = FSlotFunctions.IndexOf(Name);
+  TSlotArgRecord Slot = SlotIndex >= 0 ? FSlotFunctions.GetData(SlotIndex) : TSlotArgRecord{};
+  bool FactFunction = SlotIndex >= 0 && Slot.Start == 0;
+  bool SlotFunction = SlotIndex >= 0 && Slot.Start > 0;
+  int SlotEnd = Slot.End == 0 ? 65535 : Slot.End;
+  IFunCall Call = Make<TFunctionCall>(static_cast<IReasoner*>(FOwner), Name);
+  Call->SetComment(Comment);
+  if (HeadVariable) Call->AddArgument(HeadVariable);
+  IStreamToken Token = Next();
+  while (Token->GetDataType() != KindClose) {
+    int Kind = Token->GetDataType();
+    if (Kind == KindEOF) {
+      ParseError(u"ParseFunCall", SUnexpectedEOF);
+    } else if (Kind == KindOpen) {
+      IStreamToken Second = Next();
+      PutBack(Second);
+      PutBack(Token);
+      int Position = Call->GetArgumentCount() + 1;
+      if (FactFunction)
+        Call->AddArgument(ParseFact());
+      else if (SlotFunction && Position >= Slot.Start && Position <= SlotEnd)
+        Call->AddArgument(ParseValuePair());
+      else if (Second->GetDataType() == KindOpen)
+        Call->AddArgument(Make<TTavoValue>(ParseSingletons()));
+      else
+        Call->AddArgument(ParseFunCall());
+    } else if (IsValueToken(Token)) {
+      Call->AddArgument(Token->Value());
+    } else {
+      Call->AddArgument(KindText(Kind), dtString);
+    }
+    Token = Next();
+  }
+  if (OnParseFunCall) OnParseFunCall(this, Call);
+  return Call;
+}
+
+ITavoValue TTavoClipsParser::ParseNExecuteFunCall() {
+  IFunCall Call = ParseFunCall();
+  return Call->Execute(FOwner ? FOwner->GetGlobalContext() : nullptr);
+}
+
+ITavoValue TTavoClipsParser::ParseVariable(String& Name) {
+  IStreamToken Token = Next();
+  if (Token->GetDataType() != dtVariable) ParseError(u"ParseVariable", SMissingName);
+  const String& Text = Token->GetText();
+  if (Text.size() < 2 || Text.front() != u'*' || Text.back() != u'*')
+    ParseError(u"ParseVariable", SBadVariableName, Text);
+  Name = Text;
+  if (Next()->GetDataType() != KindEquals) ParseError(u"ParseVariable", SExpectedChar, u"=");
+  Token = Next();
+  ITavoValue Result;
+  if (Token->GetDataType() == KindOpen) {
+    PutBack(Token);
+    Result = FunCallValue();
+  } else {
+    Result = Token->Value();
+  }
+  if (OnParseVariable) OnParseVariable(this, Name, Result);
+  return Result;
+}
+
+String TTavoClipsParser::ParseFullName(String& Module) {
+  IStreamToken Token = Next();
+  if (Token->GetDataType() != dtAtom) ParseError(u"ParseFullName", SMissingName);
+  const String& Text = Token->GetText();
+  size_t Separator = Text.find(u"::");
+  if (Separator == String::npos) {
+    Module.clear();
+    return Text;
+  }
+  Module = Text.substr(0, Separator);
+  if (FOwner && (!FOwner->GetCurrentModule() || FOwner->GetCurrentModule()->GetName() != Module) &&
+      FOwner->GetModules().IndexOf(Module) < 0)
+    ParseError(u"ParseFullName", SNoSuchModule, Module);
+  return Text.substr(Separator + 2);
+}
+
+// Facts.
+
+IFact TTavoClipsParser::ParseFact() {
+  IStreamToken Open = Next();
+  IStreamToken Name = Next();
+  if (Open->GetDataType() != KindOpen || Name->GetDataType() != dtAtom) ParseError(u"ParseFact", SExpectedAtom);
+  IFactTemplate Template;
+  if (FExplicitCreateTemplates) {
+    Template = FOwner ? FOwner->FindFactTemplate(Name->GetText()) : nullptr;
+    if (!Template) ParseError(u"ParseFact", SUnknownFactTemplate, Name->GetText());
+  } else {
+    if (!FOwner) ParseError(u"ParseFact", SUnknownEngine);
+    Template = FOwner->CreateFactTemplate(Name->GetText());
+  }
+  IFact Fact = Template->NewFact();
+  IStreamToken Token = Next();
+  while (Token->GetDataType() != KindClose && Token->GetDataType() != KindEOF) {
+    String SlotName;
+    ParseFactSlot(Fact, SlotName);
+    Token = Stream().GetCurrentToken();
+    if (Template->IsOrdered()) break;
+  }
+  if (Token->GetDataType() != KindClose) ParseError(u"ParseFact", SExpectedChar, u")");
+  if (OnParseFact) OnParseFact(this, Fact);
+  return Fact;
+}
+
+void TTavoClipsParser::ParseFactSlot(const IFact& Fact, String& Name) {
+  const IFactTemplate& Template = Fact->GetTemplate();
+  IStreamToken Token = Stream().GetCurrentToken();
+  if (Template->IsOrdered()) {
+    Name = SDefaultSlotName;
+    PutBack(Token);
+  } else {
+    if (Token->GetDataType() != KindOpen) ParseError(u"ParseFactSlot", SExpectedChar, u"(");
+    IStreamToken SlotToken = Next();
+    if (SlotToken->GetDataType() != dtAtom) ParseError(u"ParseFactSlot", SBadSlotName, SlotToken->ToString());
+    Name = SlotToken->GetText();
+  }
+  const IFactSlot& Slot = Template->GetSlot(Name);
+  Fact->SetValue(Name, ParseValue(Slot));
+  if (Next()->GetDataType() != KindClose) ParseError(u"ParseFactSlot", SExpectedChar, u")");
+  if (!Template->IsOrdered()) Next();
+}
+
+bool TTavoClipsParser::LoadFacts() {
+  if (!FOwner) return false;
+  for (IStreamToken Token = Next(); Token->GetDataType() != KindEOF; Token = Next()) {
+    PutBack(Token);
+    FOwner->Assert(ParseFact(), false);
+  }
+  return true;
+}
+
+// Constructs.
+
+IInterpretedFunction TTavoClipsParser::ParseFunction() {
+  String Name, Comment;
+  IStreamToken Token =
+      ParseHeader(Name, Comment, true, u"ParseFunction", SExpectedDefFunction, u"deffunction");
+  IInterpretedFunction Function = Make<TInterpretedFunction>(Name);
+  Function->SetComment(Comment);
+  if (Token->GetDataType() != KindOpen) ParseError(u"ParseFunction", SExpectedChar, u"(");
+  for (Token = Next(); Token->GetDataType() == dtVariable || Token->GetDataType() == dtMultiVariable;
+       Token = Next())
+    Function->AddArgument(Token->GetText(), TTavoType(Token->GetDataType()));
+  if (Token->GetDataType() != KindClose) ParseError(u"ParseFunction", SExpectedChar, u")");
+  Token = Next();
+  if (Token->GetDataType() == dtString) {
+    Function->SetComment(Token->GetText());
+    Token = Next();
+  }
+  while (Token->GetDataType() != KindClose) {
+    if (Token->GetDataType() == KindOpen) {
+      PutBack(Token);
+      Function->AddStatement(ParseFunCall());
+    } else if (IsValueToken(Token)) {
+      Function->AddStatement(Token->Value());
+    } else {
+      ParseError(u"ParseFunction", SUnexpectedCharacter, KindText(Token->GetDataType()));
+    }
+    Token = Next();
+  }
+  if (OnParseFunction) OnParseFunction(this, Function);
+  return Function;
+}
+
+void TTavoClipsParser::ParseGlobalVariables() {
+  IStreamToken Open = Next();
+  IStreamToken Word = Next();
+  if (Open->GetDataType() != KindOpen || Word->GetText() != u"defglobal")
+    ParseError(u"ParseGlobalVariables", SExpectedDefGlobal);
+  for (IStreamToken Token = Next(); Token->GetDataType() != KindClose; Token = Next()) {
+    PutBack(Token);
+    String Name;
+    ITavoValue Value = ParseVariable(Name);
+    if (FOwner) FOwner->GetGlobalVariables()->AddOrSetValue(Name, Value);
+  }
+}
+
+}  // namespace tavo

@@ -1,0 +1,92 @@
+// The recursive-descent parser of the rule language.
+#pragma once
+
+#include "common/MekStringList.h"
+#include "language/TavoParser.h"
+
+namespace tavo {
+
+// The functions whose arguments parse as facts (start 0) or as
+// (name value) pairs from argument Start to End, counted from 1.
+struct TSlotArgRecord {
+  uint16_t Start = 0;
+  uint16_t End = 0;
+};
+
+class TTavoClipsParser : public TTavoParser {
+  TAVO_CLASS(TTavoClipsParser, TTavoParser)
+ public:
+  explicit TTavoClipsParser(TInferenceEngine* Owner = nullptr, TTavoTokenizerStream* Stream = nullptr);
+
+  bool Parse(bool Execute) override;
+  bool ParseExpression(bool Execute) override;
+  TParsedType GetConstructType() override;
+  virtual TParsedType GetConstructType(const IStreamToken& Token);
+
+  // Values and expressions.
+  ITavoValue ParseValue() override;
+  ITavoValue ParseValue(TTavoTypes Types, const ITavoDefinedType& DefinedType);
+  ITavoValue ParseValue(const IFactSlot& Slot);
+  IValueVector ParseValuePair();
+  IValueVector ParseList() override;
+  ISingletonsVector ParseSingletons();
+  IFunCall ParseFunCall() override;
+  ITavoValue ParseNExecuteFunCall() override;
+  // One "?*name* = value" of a defglobal; the value is kept unevaluated.
+  ITavoValue ParseVariable(String& Name);
+  String ParseFullName(String& Module);
+  IFact ParseFact() override;
+  void ParseFactSlot(const IFact& Fact, String& Name);
+  bool LoadFacts() override;
+
+  // Constructs.
+  IInterpretedFunction ParseFunction();
+  void ParseGlobalVariables();
+
+  // The functions whose arguments are facts or pairs.
+  void AddSlotFunction(const String& Name, int Start, int End);
+  int GetSlotFunctionStart(StringView Name) const;
+  int GetSlotFunctionEnd(StringView Name) const;
+  void SetSlotFunctionStart(StringView Name, int Value);
+  void SetSlotFunctionEnd(StringView Name, int Value);
+
+  // "(name arguments)" of a function's syntax.
+  static String GetSyntaxStatement(const IUserFunction& Function);
+  String GenerateSymbol(const String& Prefix);
+
+  // The one way the grammar reports: message, location, line and the text
+  // of the form so far, cut in the middle when long.
+  [[noreturn]] virtual void ParseError(StringView Where, StringView Message);
+  template <class... A>
+  [[noreturn]] void ParseError(StringView Where, StringView Template, const A&... Args) {
+    ParseError(Where, StringView(Format(Template, Args...)));
+  }
+
+  void Assign(const TPersistent* Source) override;
+
+ protected:
+  // "(" keyword name [comment]; gives the token that follows, unconsumed.
+  IStreamToken ParseHeader(String& Name, String& Comment, bool HasComment, StringView Where,
+                           StringView Message, StringView Keyword);
+
+ private:
+  TTavoClipsStream& Stream() const;
+  IStreamToken Next();
+  void PutBack(const IStreamToken& Token);
+  int CurrentLine() const;
+  bool IsValueToken(const IStreamToken& Token) const;
+  ITavoValue FunCallValue();
+  ITavoValue TokenValue(const IStreamToken& Token) const;
+  ITavoValue CheckedValue(ITavoValue Value, TTavoTypes Types, const ITavoDefinedType& DefinedType);
+  // Constructs whose grammar is not read yet fail with a clear message.
+  [[noreturn]] void NotYet(StringView Keyword);
+
+  TStringList<TSlotArgRecord> FSlotFunctions;
+  // Nesting of the recursive productions; a limit keeps the stack safe.
+  int FDepth = 0;
+};
+
+// The deepest nesting of calls, lists and points that the parser reads.
+inline constexpr int MaxParseDepth = 256;
+
+}  // namespace tavo

@@ -1,0 +1,23 @@
+// The engine's default packages. The engine sits below the packages, so the
+// operations that make them are defined here, where the packages are known.
+#include "engine/InferenceEngine.h"
+#include "packages/TavoPackages.h"
+
+namespace tavo {
+
+void TInferenceEngine::AddDefaultPackages() {
+  // One package object per member of Packages, owned by the engine, in the
+  // fixed order standard, miscellaneous, predicate, math, string, object,
+  // trigonometry, business, fuzzy logic; each joins as its package exists.
+  if (OnAddDefaultPackages) OnAddDefaultPackages(this);
+}
+
+void TInferenceEngine::SetPackages(TFunctionPackages Value) {
+  if (Value == FPackages) return;
+  for (int I = GetComponentCount() - 1; I >= 0; --I)
+    if (auto* Package = dynamic_cast<TUserPackage*>(GetComponent(I))) delete Package;
+  FPackages = Value;
+  AddDefaultPackages();
+}
+
+}  // namespace tavo

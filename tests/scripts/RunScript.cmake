@@ -1,0 +1,18 @@
+# Runs one script through the command-line host and compares what it prints
+# with the expected output byte for byte; an optional NAME.err holds the
+# expected standard error.
+execute_process(COMMAND ${TAVO} ${SCRIPT}
+                OUTPUT_VARIABLE Actual ERROR_VARIABLE ActualErrors RESULT_VARIABLE Status)
+file(READ ${EXPECTED} Expected)
+if(NOT Actual STREQUAL Expected)
+  message(FATAL_ERROR "Output of ${SCRIPT} differs.\n--- expected ---\n${Expected}\n--- actual ---\n${Actual}\n--- errors ---\n${ActualErrors}")
+endif()
+string(REGEX REPLACE "\\.out$" ".err" ExpectedErrorsFile ${EXPECTED})
+if(EXISTS ${ExpectedErrorsFile})
+  file(READ ${ExpectedErrorsFile} ExpectedErrors)
+  if(NOT ActualErrors STREQUAL ExpectedErrors)
+    message(FATAL_ERROR "Errors of ${SCRIPT} differ.\n--- expected ---\n${ExpectedErrors}\n--- actual ---\n${ActualErrors}")
+  endif()
+elseif(NOT Status EQUAL 0)
+  message(FATAL_ERROR "${SCRIPT} failed (${Status}):\n${ActualErrors}")
+endif()

@@ -1,0 +1,156 @@
+// tavo: runs knowledge bases and gives an interactive prompt.
+//
+//   tavo FILE...   runs each file's top-level forms in order
+//   tavo           a prompt on a terminal; forms from standard input otherwise
+#include <unistd.h>
+
+#include <fstream>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+#include "engine/InferenceEngine.h"
+#include "language/TavoClipsParser.h"
+
+using namespace tavo;
+
+namespace {
+
+constexpr char Usage[] =
+    "Usage: tavo [--help] [FILE...]\n"
+    "\n"
+    "Runs the top-level forms of each FILE in order, as a batch: expressions,\n"
+    "function calls and definitions of the rule language. What the engine\n"
+    "prints goes to standard output; errors go to standard error with their\n"
+    "line numbers, and the run goes on with the next form.\n"
+    "\n"
+    "Without a FILE, tavo reads forms from standard input: with a prompt on a\n"
+    "terminal (one whole form at a time; forms may span lines), and without\n"
+    "prompt or banner otherwise.\n"
+    "\n"
+    "Options:\n"
+    "  --help   show this text and stop\n"
+    "\n"
+    "The exit status is 0 when every form ran, 1 when any failed, 2 for a\n"
+    "file that cannot be read.\n";
+
+void ReportError(const String& Message) {
+  std::cout.flush();
+  std::cerr << StringToUtf8(Message) << std::endl;
+}
+
+// Runs every top-level form of Text; true when all of them ran.
+bool RunForms(TInferenceEngine& Engine, std::string Text) {
+  auto* Parser = static_cast<TTavoParser*>(Engine.GetParserObject());
+  TTavoClipsStream Stream(std::move(Text), teDefault, &Engine);
+  Parser->SetStream(&Stream);
+  bool Succeeded = true;
+  for (;;) {
+    try {
+      if (!Parser->ParseExpression(true)) break;
+    } catch (const ETavoParseException& E) {
+      ReportError(E.Message());
+      Succeeded = false;
+      Parser->Clear();
+    } catch (const EMekException& E) {
+      int Line = Stream.GetCurrentToken()->GetLineNumber();
+      ReportError(Format(SParseError, E.Message(), u"Parse", IntToStr(Line), Stream.ToString()));
+      Succeeded = false;
+      Parser->Clear();
+    }
+  }
+  Parser->SetStream(nullptr);
+  std::cout.flush();
+  return Succeeded;
+}
+
+// True when Text holds at least one whole form: parentheses balance outside
+// strings and comments.
+bool FormComplete(const std::string& Text) {
+  int Level = 0;
+  bool InString = false, InComment = false, Any = false;
+  for (size_t I = 0; I < Text.size(); ++I) {
+    char C = Text[I];
+    if (InComment) {
+      InComment = C != '\n';
+    } else if (InString) {
+      if (C == '\\') ++I;
+      else if (C == '"') InString = false;
+    } else if (C == ';') {
+      InComment = true;
+    } else if (C == '"') {
+      InString = true;
+      Any = true;
+    } else if (C == '(') {
+      ++Level;
+      Any = true;
+    } else if (C == ')') {
+      --Level;
+    } else if (C > ' ') {
+      Any = true;
+    }
+  }
+  return Any && Level <= 0 && !InString;
+}
+
+bool RunPrompt(TInferenceEngine& Engine) {
+  bool Succeeded = true;
+  std::cout << "Tavo " << Engine.GetVersion() << "; forms are read as they are completed, (exit) or end of input leaves.\n";
+  std::string Pending, Line;
+  for (;;) {
+    std::cout << (Pending.empty() ? "tavo> " : "  ...> ") << std::flush;
+    if (!std::getline(std::cin, Line)) break;
+    Pending += Line;
+    Pending += '\n';
+    if (!FormComplete(Pending)) continue;
+    Succeeded = RunForms(Engine, std::move(Pending)) && Succeeded;
+    Pending.clear();
+  }
+  std::cout << "\n";
+  return Succeeded;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  std::vector<std::string> Files;
+  for (int I = 1; I < argc; ++I) {
+    std::string Argument = argv[I];
+    if (Argument == "--help" || Argument == "-h") {
+      std::cout << Usage;
+      return 0;
+    }
+    if (Argument.size() > 1 && Argument[0] == '-') {
+      std::cerr << "tavo: unknown option " << Argument << "\n" << Usage;
+      return 2;
+    }
+    Files.push_back(Argument);
+  }
+
+  TInferenceEngine Engine;
+  Engine.OnPrintOut = [](TObject*, const String&, const String& Text) { std::cout << StringToUtf8(Text); };
+
+  bool Succeeded = true;
+  if (Files.empty()) {
+    if (isatty(STDIN_FILENO)) {
+      Succeeded = RunPrompt(Engine);
+    } else {
+      std::stringstream Input;
+      Input << std::cin.rdbuf();
+      Succeeded = RunForms(Engine, Input.str());
+    }
+  }
+  for (const std::string& File : Files) {
+    std::ifstream In(File, std::ios::binary);
+    if (!In) {
+      std::cerr << "tavo: cannot read " << File << "\n";
+      return 2;
+    }
+    std::stringstream Contents;
+    Contents << In.rdbuf();
+    Succeeded = RunForms(Engine, Contents.str()) && Succeeded;
+  }
+  std::cout.flush();
+  return Succeeded ? 0 : 1;
+}
