@@ -137,6 +137,24 @@ void TFunctionCall::SetUserFunction(const IUserFunction& Function) {
 
 namespace {
 
+void UnbindValue(const ITavoValue& Value) {
+  if (Value && Value->GetDType() == dtFunCall)
+    if (auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface.Get())) Call->Unbind();
+}
+
+}  // namespace
+
+void TFunctionCall::Unbind() {
+  FUserFunction.Reset();
+  for (const ITavoValue& Argument : FArguments) UnbindValue(Argument);
+}
+
+void TInterpretedFunction::UnbindCalls() {
+  for (const ITavoValue& Statement : FStatements) UnbindValue(Statement);
+}
+
+namespace {
+
 // Nesting of calls being executed on this thread; a limit turns runaway
 // recursion into an error instead of a stack overflow.
 thread_local int CallDepth = 0;

@@ -125,6 +125,10 @@ class TFunctionCall : public TCloneableObject {
   const IUserFunction& GetUserFunction() const { return FUserFunction; }
   // Binds the call; it takes the function's name, or none for null.
   void SetUserFunction(const IUserFunction& Function);
+  // Lets go of the bound functions of this call and of the calls among its
+  // arguments, keeping the names: a recursive function otherwise holds
+  // itself through its own body.
+  void Unbind();
 
   // Binds by name in the reasoner when unbound, then calls with the
   // argument check.
@@ -180,6 +184,8 @@ class TInterpretedFunction : public TTavoUserFunction {
   void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
   using TTavoUserFunction::Call;
   void Assign(const TPersistent* Source) override;
+  // Unbinds the calls of the body, so that the function can be freed.
+  void UnbindCalls();
 
  private:
   TInterfaceList<TTavoValue> FArguments;

@@ -293,6 +293,10 @@ IUserFunction TUserFunctions::RemoveFunction(const String& Name) {
 void TUserFunctions::Clear() {
   std::vector<IUserFunction> Functions;
   for (const auto& Item : *this) Functions.push_back(Item.Value);
+  // Deffunctions that call themselves, or each other, hold one another
+  // through their bodies; they let go as they leave the engine.
+  for (const IUserFunction& Function : Functions)
+    if (auto* Interpreted = dynamic_cast<TInterpretedFunction*>(Function.Get())) Interpreted->UnbindCalls();
   TInherited::Clear();
   FNumInterpreted = 0;
   if (FEngine)

@@ -117,6 +117,7 @@ void TTavoClipsParser::NotYet(StringView Keyword) {
   Next();  // "(" and the keyword, so that the message shows them
   Next();
   ParseError(u"ParseExpression", StringView(Format(SParseTypeError, Keyword)));
+  __builtin_unreachable();
 }
 
 String TTavoClipsParser::GenerateSymbol(const String& Prefix) {
@@ -455,6 +456,7 @@ ISingletonsVector TTavoClipsParser::ParseSingletons() {
       return FunCallValue();
     }
     ParseError(u"ParseFuzzyPoints", SExpectedNumVarFun);
+    __builtin_unreachable();
   };
   IStreamToken Token = Next();
   while (Token->GetDataType() == KindOpen) {

@@ -60,6 +60,7 @@ class TTavoClipsParser : public TTavoParser {
   template <class... A>
   [[noreturn]] void ParseError(StringView Where, StringView Template, const A&... Args) {
     ParseError(Where, StringView(Format(Template, Args...)));
+    __builtin_unreachable();
   }
 
   void Assign(const TPersistent* Source) override;

@@ -1,6 +1,9 @@
 // The engine's default packages. The engine sits below the packages, so the
 // operations that make them are defined here, where the packages are known.
 #include "engine/InferenceEngine.h"
+#include "packages/MathPackage.h"
+#include "packages/StandardPackage.h"
+#include "packages/StringPackage.h"
 #include "packages/TavoPackages.h"
 
 namespace tavo {
@@ -8,7 +11,10 @@ namespace tavo {
 void TInferenceEngine::AddDefaultPackages() {
   // One package object per member of Packages, owned by the engine, in the
   // fixed order standard, miscellaneous, predicate, math, string, object,
-  // trigonometry, business, fuzzy logic; each joins as its package exists.
+  // trigonometry, business, fuzzy logic; the others join as they are written.
+  if (FPackages.Contains(pStandard)) NewComponent<TStandardPackage>(this);
+  if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
+  if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
   if (OnAddDefaultPackages) OnAddDefaultPackages(this);
 }
 

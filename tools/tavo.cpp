@@ -11,6 +11,7 @@
 
 #include "engine/InferenceEngine.h"
 #include "language/TavoClipsParser.h"
+#include "packages/StandardPackage.h"
 
 using namespace tavo;
 
@@ -39,6 +40,9 @@ void ReportError(const String& Message) {
   std::cerr << StringToUtf8(Message) << std::endl;
 }
 
+// Set once (exit) ran: nothing more is read.
+bool Exiting = false;
+
 // Runs every top-level form of Text; true when all of them ran.
 bool RunForms(TInferenceEngine& Engine, std::string Text) {
   auto* Parser = static_cast<TTavoParser*>(Engine.GetParserObject());
@@ -48,6 +52,12 @@ bool RunForms(TInferenceEngine& Engine, std::string Text) {
   for (;;) {
     try {
       if (!Parser->ParseExpression(true)) break;
+    } catch (const EExit&) {
+      Exiting = true;
+      break;
+    } catch (const EAbort&) {
+      // Ends the form without a word.
+      Parser->Clear();
     } catch (const ETavoParseException& E) {
       ReportError(E.Message());
       Succeeded = false;
@@ -105,6 +115,7 @@ bool RunPrompt(TInferenceEngine& Engine) {
     if (!FormComplete(Pending)) continue;
     Succeeded = RunForms(Engine, std::move(Pending)) && Succeeded;
     Pending.clear();
+    if (Exiting) break;
   }
   std::cout << "\n";
   return Succeeded;
@@ -142,6 +153,7 @@ int main(int argc, char** argv) {
     }
   }
   for (const std::string& File : Files) {
+    if (Exiting) break;
     std::ifstream In(File, std::ios::binary);
     if (!In) {
       std::cerr << "tavo: cannot read " << File << "\n";

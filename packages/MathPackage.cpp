@@ -1,0 +1,405 @@
+#include "packages/MathPackage.h"
+
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <mutex>
+#include <numbers>
+#include <random>
+
+namespace tavo {
+
+namespace {
+
+// The processor's own failures of integer division, raised where the
+// hardware would trap.
+constexpr char16_t SDivByZero[] = u"Division by zero";
+constexpr char16_t SIntOverflow[] = u"Integer overflow";
+
+constexpr int Unlimited = 2147483647;
+
+void Describe(TTavoUserFunction& Function, const char16_t* Name, const char16_t* Comment,
+              const char16_t* Arguments, int Min, int Max) {
+  Function.SetFunctionName(Name);
+  Function.SetComment(Format(CommentFormat, Comment));
+  Function.SetArgumentString(Arguments);
+  Function.SetMinArgumentCount(Min);
+  Function.SetMaxArgumentCount(Max);
+}
+
+// An argument evaluated; a call that gave nothing reads as nil.
+ITavoValue Argument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
+  ITavoValue Value = FunCall.GetArgument(Index)->Resolve(Context);
+  return Value ? Value : FCNil;
+}
+
+// Nearest integer, ties to even, then into 32 bits as every integer
+// conversion of the engine does.
+int32_t RoundToInt32(double Value) {
+  double Whole = std::floor(Value);
+  double Fraction = Value - Whole;
+  if (Fraction > 0.5 || (Fraction == 0.5 && std::fmod(Whole, 2.0) != 0)) Whole += 1;
+  return TruncToInt32(Whole);
+}
+
+ITavoValue IntegerValue(int32_t Value) { return Make<TTavoValue>(Value, dtInteger); }
+ITavoValue FloatValue(double Value) { return Make<TTavoValue>(Value); }
+
+enum TArithmetic { arAdd, arSubtract, arMultiply };
+
+// Accumulates in a double; the result is a float once any argument is one,
+// and an integer otherwise.
+void Accumulate(TArithmetic Operation, TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  double Total = Operation == arMultiply ? 1 : 0;
+  bool IsFloat = false;
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
+    ITavoValue Value = Argument(FunCall, I, Context);
+    double Number = Value->GetAsNumeric();
+    if (Value->GetDType() == dtFloat) IsFloat = true;
+    if (Operation == arMultiply)
+      Total *= Number;
+    else if (Operation == arAdd || I == 0)
+      Total += Number;
+    else
+      Total -= Number;
+  }
+  Result = IsFloat ? FloatValue(Total) : IntegerValue(RoundToInt32(Total));
+}
+
+// The first of equals leads; a float leader makes the result a float for good.
+void Extreme(bool Greatest, TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  ITavoValue First = Argument(FunCall, 0, Context);
+  double Leader = First->GetAsNumeric();
+  bool IsFloat = First->GetDType() == dtFloat;
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
+    ITavoValue Value = Argument(FunCall, I, Context);
+    double Number = Value->GetAsNumeric();
+    if (Greatest ? Number > Leader : Number < Leader) {
+      Leader = Number;
+      if (Value->GetDType() == dtFloat) IsFloat = true;
+    }
+  }
+  Result = IsFloat ? FloatValue(Leader) : IntegerValue(RoundToInt32(Leader));
+}
+
+void CheckDivisor(int32_t Dividend, int32_t Divisor) {
+  if (Divisor == 0) throw EMekException(SDivByZero);
+  if (Divisor == -1 && Dividend == std::numeric_limits<int32_t>::min()) throw EMekException(SIntOverflow);
+}
+
+double NumericArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
+  return Argument(FunCall, Index, Context)->GetAsNumeric();
+}
+
+int32_t IntegerArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
+  return Argument(FunCall, Index, Context)->GetAsInteger();
+}
+
+// One generator for the process; engines on other threads share it.
+class TRandomSource {
+ public:
+  void Seed(uint32_t Value) {
+    std::lock_guard<std::mutex> Lock(FLock);
+    FGenerator.seed(Value);
+  }
+  // Uniform from 0 to Range - 1; an empty range gives 0.
+  int64_t Next(int64_t Range) {
+    if (Range <= 0) return 0;
+    std::lock_guard<std::mutex> Lock(FLock);
+    return std::uniform_int_distribution<int64_t>(0, Range - 1)(FGenerator);
+  }
+
+ private:
+  std::mutex FLock;
+  std::mt19937 FGenerator{std::random_device{}()};
+};
+
+TRandomSource& RandomSource() {
+  static TRandomSource Source;
+  return Source;
+}
+
+}  // namespace
+
+void TDivideFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"/", u"Returns the first argument divided by each of the others, as a float",
+           u" <numeric-expression>+", 1, Unlimited);
+}
+
+void TDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  double Quotient = NumericArgument(FunCall, 0, Context);
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) Quotient /= NumericArgument(FunCall, I, Context);
+  Result = FloatValue(Quotient);
+}
+
+void TMinusFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"-", u"Returns the first argument minus each of the others", u" <numeric-expression>+", 1,
+           Unlimited);
+}
+
+void TMinusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Accumulate(arSubtract, FunCall, Context, Result);
+}
+
+void TModFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"mod", u"Returns the remainder of the first argument divided by the second",
+           u" <integer-expression> <integer-expression>", 2, 2);
+}
+
+void TModFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  int32_t Dividend = IntegerArgument(FunCall, 0, Context);
+  int32_t Divisor = IntegerArgument(FunCall, 1, Context);
+  CheckDivisor(Dividend, Divisor);
+  Result = IntegerValue(Dividend % Divisor);
+}
+
+void TPlusFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"+", u"Returns the sum of its arguments", u" <numeric-expression>+", 0, Unlimited);
+}
+
+void TPlusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Accumulate(arAdd, FunCall, Context, Result);
+}
+
+void TTimesFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0, Unlimited);
+}
+
+void TTimesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Accumulate(arMultiply, FunCall, Context, Result);
+}
+
+void TAbsFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"abs", u"Returns the absolute value of its argument", u" <numeric-expression>", 1, 1);
+}
+
+void TAbsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  ITavoValue Value = Argument(FunCall, 0, Context);
+  if (Value->GetDType() == dtInteger) {
+    int32_t Number = Value->GetAsInteger();
+    // The lowest integer has no positive twin and stays as it is.
+    Result = IntegerValue(Number < 0 ? int32_t(0u - uint32_t(Number)) : Number);
+  } else if (Value->GetDType() == dtFloat) {
+    Result = FloatValue(std::fabs(Value->GetAsNumeric()));
+  } else {
+    throw ETavoException(Format(SMissingNumeric, FFunctionName));
+  }
+}
+
+void TIntegerDivideFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"div", u"Returns the first argument divided by each of the others, truncated to an integer",
+           u" <integer-expression>+", 1, Unlimited);
+}
+
+void TIntegerDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  int32_t Quotient = IntegerArgument(FunCall, 0, Context);
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
+    int32_t Divisor = IntegerArgument(FunCall, I, Context);
+    CheckDivisor(Quotient, Divisor);
+    Quotient /= Divisor;
+  }
+  Result = IntegerValue(Quotient);
+}
+
+void TExpFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"exp", u"Returns e raised to the power of its argument", u" <numeric-expression>", 1, 1);
+}
+
+void TExpFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FloatValue(std::exp(NumericArgument(FunCall, 0, Context)));
+}
+
+void TExptFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"**", u"Returns the first argument raised to the power of the second",
+           u" <numeric-expression> <numeric-expression>", 2, 2);
+}
+
+void TExptFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  double Base = NumericArgument(FunCall, 0, Context);
+  Result = FloatValue(std::pow(Base, NumericArgument(FunCall, 1, Context)));
+}
+
+void TPiFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"PI", u"Returns the number pi", u"", 0, 0);
+}
+
+void TPiFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FloatValue(std::numbers::pi);
+}
+
+void TFloatFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"float", u"Returns its argument as a float", u" <numeric-expression>", 1, 1);
+}
+
+void TFloatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FloatValue(NumericArgument(FunCall, 0, Context));
+}
+
+void TIntegerFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"integer", u"Returns its argument as an integer, truncated toward zero",
+           u" <numeric-expression>", 1, 1);
+}
+
+void TIntegerFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = IntegerValue(IntegerArgument(FunCall, 0, Context));
+}
+
+void TMaxFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"max", u"Returns the greatest of its arguments", u" <numeric-expression>+", 1, Unlimited);
+}
+
+void TMaxFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Extreme(true, FunCall, Context, Result);
+}
+
+void TMinFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"min", u"Returns the smallest of its arguments", u" <numeric-expression>+", 1, Unlimited);
+}
+
+void TMinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Extreme(false, FunCall, Context, Result);
+}
+
+void TLogFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"log", u"Returns the natural logarithm of its argument", u" <numeric-expression>", 1, 1);
+}
+
+void TLogFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FloatValue(std::log(NumericArgument(FunCall, 0, Context)));
+}
+
+void TLog10Function::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"log10", u"Returns the base 10 logarithm of its argument", u" <numeric-expression>", 1, 1);
+}
+
+void TLog10Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FloatValue(std::log10(NumericArgument(FunCall, 0, Context)));
+}
+
+void TRandomFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"random",
+           u"Returns a random integer from the low end (default 0) within a range of the given width "
+           u"(default 65536)",
+           u" [[<low-integer-expression>] <high-integer-expression>]", 0, 2);
+}
+
+void TRandomFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  int64_t Low = 0;
+  int64_t Range = 65536;
+  if (FunCall.GetArgumentCount() == 1) {
+    Range = IntegerArgument(FunCall, 0, Context);
+  } else if (FunCall.GetArgumentCount() == 2) {
+    Low = IntegerArgument(FunCall, 0, Context);
+    Range = IntegerArgument(FunCall, 1, Context);
+  }
+  Result = IntegerValue(int32_t(uint32_t(uint64_t(Low + RandomSource().Next(Range)))));
+}
+
+void TRandomizeFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"randomize", u"Seeds the random numbers from the clock, or with the given seed",
+           u" [<seed-integer-expression> ]", 0, 1);
+}
+
+void TRandomizeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  if (FunCall.GetArgumentCount() == 0)
+    RandomSource().Seed(uint32_t(std::chrono::system_clock::now().time_since_epoch().count()));
+  else
+    RandomSource().Seed(uint32_t(IntegerArgument(FunCall, 0, Context)));
+  Result = FCTrue;
+}
+
+void TRoundFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"round", u"Returns its argument rounded to the nearest integer, ties to even",
+           u" <numeric-expression>", 1, 1);
+}
+
+void TRoundFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = IntegerValue(RoundToInt32(NumericArgument(FunCall, 0, Context)));
+}
+
+void TSqrtFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"sqrt", u"Returns the square root of its argument", u" <numeric-expression>", 1, 1);
+}
+
+void TSqrtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FloatValue(std::sqrt(NumericArgument(FunCall, 0, Context)));
+}
+
+void TSeedFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  Describe(*this, u"seed", u"Seeds the random numbers with the given integer", u" <integer-expression>", 1, 1);
+}
+
+void TSeedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  RandomSource().Seed(uint32_t(IntegerArgument(FunCall, 0, Context)));
+  Result = FCTrue;
+}
+
+void TMathPackage::CreateFunctions() {
+  TUserPackage::CreateFunctions();
+  TUserFunctionList& Functions = GetFunctions();
+  Functions.Add(Make<TDivideFunction>());
+  Functions.Add(Make<TMinusFunction>());
+  Functions.Add(Make<TModFunction>());
+  Functions.Add(Make<TPlusFunction>());
+  Functions.Add(Make<TTimesFunction>());
+  Functions.Add(Make<TAbsFunction>());
+  Functions.Add(Make<TIntegerDivideFunction>());
+  Functions.Add(Make<TExpFunction>());
+  Functions.Add(Make<TExptFunction>());
+  Functions.Add(Make<TPiFunction>());
+  Functions.Add(Make<TFloatFunction>());
+  Functions.Add(Make<TIntegerFunction>());
+  Functions.Add(Make<TMaxFunction>());
+  Functions.Add(Make<TMinFunction>());
+  Functions.Add(Make<TLogFunction>());
+  Functions.Add(Make<TLog10Function>());
+  Functions.Add(Make<TRandomFunction>());
+  Functions.Add(Make<TRandomizeFunction>());
+  Functions.Add(Make<TRoundFunction>());
+  Functions.Add(Make<TSqrtFunction>());
+  Functions.Add(Make<TSeedFunction>());
+}
+
+}  // namespace tavo

@@ -1,0 +1,681 @@
+#include "packages/StandardPackage.h"
+
+#include "engine/InferenceEngine.h"
+
+namespace tavo {
+
+namespace {
+
+constexpr int AnyCount = 2147483647;
+
+void SetMetaData(TTavoUserFunction& Function, const char16_t* Name, const char16_t* Comment,
+                 const char16_t* Syntax, int Min, int Max) {
+  Function.SetFunctionName(Name);
+  Function.SetComment(Format(CommentFormat, String(Comment)));
+  Function.SetArgumentString(Syntax);
+  Function.SetMinArgumentCount(Min);
+  Function.SetMaxArgumentCount(Max);
+}
+
+// A function that gives nothing reads as nil to the function that asked.
+ITavoValue Evaluate(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
+  ITavoValue Value = FunCall.GetArgument(Index)->Resolve(Context);
+  return Value ? Value : FCNil;
+}
+
+bool IsValue(const ITavoValue& Value, const ITavoValue& Constant) { return Value && Value->Equals(Constant); }
+
+const ITavoValue& BooleanValue(bool Value) { return Value ? FCTrue : FCFalse; }
+
+TTavoContext& ScopeOf(TTavoContext* Context) {
+  if (!Context) throw ETavoException(Format(SNoContext, GetTavoTypeName(dtVariable)));
+  return *Context;
+}
+
+TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) {
+  IReasoner* Reasoner = Context ? Context->GetEngine() : nullptr;
+  if (!Reasoner) Reasoner = FunCall.GetReasoner();
+  auto* Engine = dynamic_cast<TInferenceEngine*>(Reasoner);
+  if (!Engine) throw ETavoException(SUnknownEngine);
+  return *Engine;
+}
+
+// Evaluates arguments First up to Last - 1, each value becoming the result.
+// A pending return ends the walk with the return value as result; the
+// return state stays in the context for the enclosing construct. True when
+// a return ended it.
+bool EvaluateBody(TFunctionCall& FunCall, int First, int Last, TTavoContext* Context, ITavoValue& Result) {
+  for (int I = First; I < Last; ++I) {
+    Result = Evaluate(FunCall, I, Context);
+    if (Context && Context->GetReturning()) {
+      Result = Context->GetReturnValue();
+      return true;
+    }
+  }
+  return false;
+}
+
+String MessageOf(const std::exception& Error) {
+  if (auto* Known = dynamic_cast<const EMekException*>(&Error)) return Known->Message();
+  return Utf8ToString(Error.what());
+}
+
+// The comparisons evaluate every argument, even once the answer is known.
+
+template <class TSame>
+bool AllMatchFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same) {
+  const ITavoValue First = Evaluate(FunCall, 0, Context);
+  bool Result = true;
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
+    const ITavoValue Value = Evaluate(FunCall, I, Context);
+    if (Result && !Same(First, Value)) Result = false;
+  }
+  return Result;
+}
+
+template <class TSame>
+bool NoneMatchesFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same) {
+  const ITavoValue First = Evaluate(FunCall, 0, Context);
+  bool Result = true;
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
+    const ITavoValue Value = Evaluate(FunCall, I, Context);
+    if (Result && Same(First, Value)) Result = false;
+  }
+  return Result;
+}
+
+template <class TOrdered>
+bool EachBeforeNext(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Ordered) {
+  double Previous = Evaluate(FunCall, 0, Context)->GetAsNumeric();
+  bool Result = true;
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
+    const double Current = Evaluate(FunCall, I, Context)->GetAsNumeric();
+    if (Result && !Ordered(Previous, Current)) Result = false;
+    Previous = Current;
+  }
+  return Result;
+}
+
+bool StrictlyEqual(const ITavoValue& A, const ITavoValue& B) { return A->Equals(B); }
+bool NumericallyEqual(const ITavoValue& A, const ITavoValue& B) { return A->GetAsNumeric() == B->GetAsNumeric(); }
+
+// False for a word that names no watch.
+bool WatchesOf(const String& Word, TConstructWatches& Watches) {
+  static const struct {
+    const char16_t* Word;
+    TConstructWatches Watches;
+  } Words[] = {{u"all", TavoAllWatches},
+               {u"rules", {cwRule}},
+               {u"facts", {cwFact}},
+               {u"focus", {cwFocus}},
+               {u"activations", {cwActivation}},
+               {u"compilations", {cwCompilation}},
+               {u"statistics", {cwStatistics}}};
+  for (const auto& Entry : Words)
+    if (Word == Entry.Word) {
+      Watches = Entry.Watches;
+      return true;
+    }
+  return false;
+}
+
+constexpr char16_t SWatchSyntax[] = u"all|rules|facts|focus|activations|compilations|statistics";
+
+void AppendPrintText(String& Text, const ITavoValue& Value) {
+  switch (Value->GetDType()) {
+    case dtAtom:
+      if (Value->GetValue().Str == u"crlf")
+        Text += u"\r\n";
+      else
+        Text += Value->GetValue().Str;
+      break;
+    case dtString:
+    case dtInteger:
+    case dtFloat:
+      Text += Value->GetAsString();
+      break;
+    case dtList:
+      Text += u"(" + Value->GetToString() + u")";
+      break;
+    default:
+      Text += Value->GetToString();
+      break;
+  }
+}
+
+}  // namespace
+
+// if
+
+void TIfFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"if",
+              u"Evaluates the first argument.  If the first argument is TRUE, then it executes the expressions "
+              u"after the \"then\" keyword.  If the first argument is FALSE and the \"else\" keyword is present, "
+              u"it executes the expressions after the \"else\" keyword",
+              u"<predicate-expression> then <expression>+ [else <expression>+]", 2, AnyCount);
+}
+
+void TIfFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  if (!IsValue(FunCall.GetArgument(1), FCThen)) throw ETavoException(Format(SSyntaxError, SMissingThen));
+  const bool Condition = !IsFalse(Evaluate(FunCall, 0, Context));
+  const int Count = FunCall.GetArgumentCount();
+  Result = FCFalse;
+  if (!Condition) {
+    for (int I = 3; I < Count; ++I)
+      if (IsValue(FunCall.GetArgument(I), FCElse)) {
+        EvaluateBody(FunCall, I + 1, Count, Context, Result);
+        break;
+      }
+    return;
+  }
+  for (int I = 2; I < Count; ++I) {
+    ITavoValue Value = Evaluate(FunCall, I, Context);
+    if (IsValue(Value, FCElse)) return;
+    if (Context && Context->GetReturning()) {
+      Result = Context->GetReturnValue();
+      return;
+    }
+    Result = std::move(Value);
+  }
+}
+
+// while
+
+void TWhileFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"while",
+              u"Evaluates the expressions after the condition, and the optional \"do\" keyword, again and again "
+              u"for as long as the condition is not FALSE",
+              u"<boolean-expression> [do] <expression>*", 2, AnyCount);
+}
+
+void TWhileFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const int Count = FunCall.GetArgumentCount();
+  const int First = Count > 1 && IsValue(FunCall.GetArgument(1), FCDo) ? 2 : 1;
+  Result = Evaluate(FunCall, 0, Context);
+  while (!IsFalse(Result)) {
+    if (EvaluateBody(FunCall, First, Count, Context, Result)) return;
+    Result = Evaluate(FunCall, 0, Context);
+  }
+}
+
+// foreach
+
+void TForEachFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"foreach",
+              u"Binds the variable to each item of the list in turn and evaluates the expressions for each",
+              u"<variable-name> <list-expression> <expression>*", 2, AnyCount);
+}
+
+void TForEachFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  // The loop variable is usually not bound yet, so a variable gives its
+  // name rather than its value.
+  const ITavoValue& Variable = FunCall.GetArgument(0);
+  String Name = TavoVariableTypes.Contains(Variable->GetDType()) ? Variable->GetAsString()
+                                                                 : Evaluate(FunCall, 0, Context)->GetAsString();
+  if (!Name.empty() && Name[0] == u'?') Name.erase(0, 1);
+  TTavoContext& Scope = ScopeOf(Context);
+  const IValueVector List = Evaluate(FunCall, 1, Context)->GetAsList();
+  const int Count = FunCall.GetArgumentCount();
+  Result = FCNil;
+  for (int I = 0; I < List->GetValueCount(); ++I) {
+    ITavoValue Item = List->Get(I)->Resolve(Context);
+    Scope.SetVariable(Name, Item ? Item : FCNil);
+    if (EvaluateBody(FunCall, 2, Count, Context, Result)) return;
+  }
+}
+
+// try
+
+void TTryFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"try",
+              u"Evaluates the expressions; those after \"finally\" run in any case, and those after \"catch\" or "
+              u"\"except\" run after an error, whose message is in ?__ERROR",
+              u"[<expression>*] [finally [<expression>*>] [catch|except [<expression>*]]", 1, AnyCount);
+}
+
+void TTryFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const int Count = FunCall.GetArgumentCount();
+  int Finally = -1;
+  for (int I = 0; I < Count && Finally < 0; ++I)
+    if (IsValue(FunCall.GetArgument(I), FCFinally)) Finally = I;
+  int Catch = -1;
+  for (int I = Finally + 1; I < Count && Catch < 0; ++I)
+    if (IsValue(FunCall.GetArgument(I), FCCatch) || IsValue(FunCall.GetArgument(I), FCExcept)) Catch = I;
+  if (Finally < 0 && Catch < 0) throw ETavoException(SMissingCatchStatement);
+
+  const int BodyEnd = Finally >= 0 ? Finally : Catch;
+  const int FinallyEnd = Catch >= 0 ? Catch : Count;
+  try {
+    try {
+      EvaluateBody(FunCall, 0, BodyEnd, Context, Result);
+    } catch (...) {
+      if (Finally >= 0) EvaluateBody(FunCall, Finally + 1, FinallyEnd, Context, Result);
+      throw;
+    }
+    if (Finally >= 0) EvaluateBody(FunCall, Finally + 1, FinallyEnd, Context, Result);
+  } catch (const EAbort&) {
+    throw;
+  } catch (const std::exception& Error) {
+    Result = FCFalse;
+    ScopeOf(Context).SetVariable(u"__ERROR", Make<TTavoValue>(MessageOf(Error), dtString));
+    if (Catch >= 0) EvaluateBody(FunCall, Catch + 1, Count, Context, Result);
+  }
+}
+
+// throw
+
+void TThrowFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"throw", u"Raises an error with the given text as its message", u"<lexeme-expression>", 1, 1);
+}
+
+void TThrowFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  // A plain failure, not one of the engine's own.
+  throw EMekException(Evaluate(FunCall, 0, Context)->GetAsString());
+}
+
+// return
+
+void TReturnFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"return",
+              u"Ends the current deffunction, loop or rule action, giving the argument's value if there is one",
+              u"[<expression>]", 0, 1);
+}
+
+void TReturnFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  // Left unevaluated: the construct that takes the return resolves it.
+  ITavoValue Value = FunCall.GetArgumentCount() == 0 ? FCPopFocus : FunCall.GetArgument(0);
+  ScopeOf(Context).SetReturnValue(Value);
+  Result = std::move(Value);
+}
+
+// bind
+
+void TBindFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"bind", u"Binds the variable to the value of the expression and returns the value",
+              u"<variable> <expression>", 2, 2);
+}
+
+void TBindFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = Evaluate(FunCall, 1, Context);
+  ScopeOf(Context).SetVariable(FunCall.GetArgument(0)->GetAsString(), Result);
+}
+
+// and, or, not
+
+void TAndFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"and",
+              u"Returns TRUE if no argument is FALSE; it evaluates from left to right and stops at the first FALSE",
+              u"<expression>*", 0, AnyCount);
+}
+
+void TAndFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I)
+    if (IsFalse(Evaluate(FunCall, I, Context))) {
+      Result = FCFalse;
+      return;
+    }
+  Result = FCTrue;
+}
+
+void TOrFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"or",
+              u"Returns TRUE at the first argument that is not FALSE, evaluating from left to right, and FALSE "
+              u"if there is none",
+              u"<expression>*", 0, AnyCount);
+}
+
+void TOrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I)
+    if (!IsFalse(Evaluate(FunCall, I, Context))) {
+      Result = FCTrue;
+      return;
+    }
+  Result = FCFalse;
+}
+
+void TNotFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"not", u"Returns TRUE if the argument is FALSE, and FALSE otherwise", u"<expression>", 1, 1);
+}
+
+void TNotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(IsFalse(Evaluate(FunCall, 0, Context)));
+}
+
+// Equality and order
+
+void TEqFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"eq", u"Returns TRUE if the first argument equals all the others in type and value",
+              u"<expression> <expression>+", 1, AnyCount);
+}
+
+void TEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(AllMatchFirst(FunCall, Context, StrictlyEqual));
+}
+
+void TEqStarFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"eq*",
+              u"Returns TRUE if the first argument equals all the others, each read as the first one's type",
+              u"<expression> <expression>+", 1, AnyCount);
+}
+
+void TEqStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(
+      AllMatchFirst(FunCall, Context, [](const ITavoValue& A, const ITavoValue& B) { return A->EqualsStar(B); }));
+}
+
+void TNeqFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"neq", u"Returns TRUE if the first argument equals none of the others in type and value",
+              u"<expression> <expression>*", 1, AnyCount);
+}
+
+void TNeqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(NoneMatchesFirst(FunCall, Context, StrictlyEqual));
+}
+
+void TEqualsFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"=", u"Returns TRUE if the first argument is numerically equal to all the others",
+              u"<numeric-expression> <numeric-expression>+", 1, AnyCount);
+}
+
+void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(AllMatchFirst(FunCall, Context, NumericallyEqual));
+}
+
+void TNotEqualsFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"<>", u"Returns TRUE if the first argument is numerically equal to none of the others",
+              u"<numeric-expression> <numeric-expression>*", 1, AnyCount);
+}
+
+void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(NoneMatchesFirst(FunCall, Context, NumericallyEqual));
+}
+
+void TGtFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u">", u"Returns TRUE if each argument is greater than the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+}
+
+void TGtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A > B; }));
+}
+
+void TGtOrEqFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u">=", u"Returns TRUE if each argument is greater than or equal to the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+}
+
+void TGtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A >= B; }));
+}
+
+void TLtFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"<", u"Returns TRUE if each argument is less than the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+}
+
+void TLtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A < B; }));
+}
+
+void TLtOrEqFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"<=", u"Returns TRUE if each argument is less than or equal to the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+}
+
+void TLtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A <= B; }));
+}
+
+// __get-var
+
+void TExtractGlobalFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"__get-var", u"Returns the value bound to the variable, or nil when it is not bound",
+              u"<variable-name>", 1, 1);
+}
+
+void TExtractGlobalFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  if (TavoVariableTypes.Contains(FunCall.GetArgument(0)->GetDType())) {
+    Result = Evaluate(FunCall, 0, Context);
+    return;
+  }
+  const String Name = Evaluate(FunCall, 0, Context)->GetAsString();
+  TBinding* Binding = Context ? Context->FindBinding(Name) : nullptr;
+  Result = Binding && Binding->GetValue() ? Binding->GetValue() : FCNil;
+}
+
+// gensym*
+
+void TGenSymStarFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"gensym*", u"Returns a new symbol of the form genN", u"", 0, 0);
+}
+
+void TGenSymStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = Make<TTavoValue>(EngineOf(FunCall, Context).GenerateSymbol(u"gen"), dtAtom);
+}
+
+// store, fetch, clear-storage
+
+void TStoreFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"store", u"Stores the value under the name in the engine's storage; nil removes the name",
+              u"<variable-name> <value>", 2, 2);
+}
+
+void TStoreFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = Evaluate(FunCall, 1, Context);
+  if (Result == FCNil) Result.Reset();
+  const String Name = Evaluate(FunCall, 0, Context)->GetAsString();
+  TEngineVariables& Storage = *EngineOf(FunCall, Context).GetStorage();
+  if (Result)
+    Storage.AddOrSetValue(Name, Result);
+  else if (Storage.ContainsKey(Name))
+    Storage.Remove(Name);
+}
+
+void TFetchFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"fetch", u"Returns the value stored under the name, or nil when there is none",
+              u"<lexeme-expression>", 1, 1);
+}
+
+void TFetchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const String Name = Evaluate(FunCall, 0, Context)->GetAsString();
+  if (!EngineOf(FunCall, Context).GetStorage()->TryGetValue(Name, Result) || !Result) Result = FCNil;
+}
+
+void TClearStorageFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"clear-storage", u"Removes every value from the engine's storage", u"", 0, 0);
+}
+
+void TClearStorageFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  EngineOf(FunCall, Context).GetStorage()->Clear();
+}
+
+// run, halt, exit, version
+
+void TRunFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"run",
+              u"Fires rules until the agenda is empty, halt is called, or the given number of rules have fired, "
+              u"and returns the number fired",
+              u"[<integer-expression>]", 0, 1);
+}
+
+void TRunFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  const int Fired =
+      FunCall.GetArgumentCount() > 0 ? Engine.Run(Evaluate(FunCall, 0, Context)->GetAsInteger()) : Engine.Run();
+  Result = Make<TTavoValue>(int32_t(Fired), dtInteger);
+}
+
+void THaltFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"halt", u"Stops the firing of rules once the current rule has finished", u"", 0, 0);
+}
+
+void THaltFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  EngineOf(FunCall, Context).SetHalt(true);
+  Result = FCTrue;
+}
+
+void TExitFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"exit", u"Ends the execution at once and without a message", u"", 0, 0);
+}
+
+void TExitFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FCTrue;
+  throw EExit();
+}
+
+void TVersionFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"version", u"Returns the version of the engine", u"", 0, 0);
+}
+
+void TVersionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = Make<TTavoValue>(double(EngineOf(FunCall, Context).GetVersion()));
+}
+
+// watch, unwatch
+
+void TWatchFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"watch", u"Turns on the trace of the given kind of event", SWatchSyntax, 1, 1);
+}
+
+void TWatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const String Word = Evaluate(FunCall, 0, Context)->GetAsString();
+  TConstructWatches Watches;
+  if (!WatchesOf(Word, Watches)) throw ETavoException(Format(SCannotWatch, Word));
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  Engine.SetWatch(Engine.GetWatch() + Watches);
+  Result = FCTrue;
+}
+
+void TUnwatchFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"unwatch", u"Turns off the trace of the given kind of event", SWatchSyntax, 1, 1);
+}
+
+void TUnwatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const String Word = Evaluate(FunCall, 0, Context)->GetAsString();
+  TConstructWatches Watches;
+  if (!WatchesOf(Word, Watches)) throw ETavoException(Format(SCannotUnWatch, Word));
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  Engine.SetWatch(Engine.GetWatch() - Watches);
+  Result = FCTrue;
+}
+
+// printout
+
+void TPrintOutFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"printout",
+              u"Prints the expressions to the logical name without separators; the atom crlf starts a new line",
+              u"<logical-name> <expression>*", 0, AnyCount);
+}
+
+void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = FCNil;
+  const int Count = FunCall.GetArgumentCount();
+  if (Count == 0) return;
+  const String OutID = Evaluate(FunCall, 0, Context)->GetAsString();
+  // A local buffer, not a field: an argument may itself call printout.
+  String Text;
+  for (int I = 1; I < Count; ++I) AppendPrintText(Text, Evaluate(FunCall, I, Context));
+  EngineOf(FunCall, Context).PrintOut(OutID, Text);
+}
+
+// TStandardPackage
+
+void TStandardPackage::CreateFunctions() {
+  TUserPackage::CreateFunctions();
+  TUserFunctionList& Functions = GetFunctions();
+  Functions.Add(Make<TIfFunction>());
+  Functions.Add(Make<TWhileFunction>());
+  Functions.Add(Make<TForEachFunction>());
+  Functions.Add(Make<TTryFunction>());
+  Functions.Add(Make<TThrowFunction>());
+  Functions.Add(Make<TReturnFunction>());
+  Functions.Add(Make<TBindFunction>());
+  Functions.Add(Make<TAndFunction>());
+  Functions.Add(Make<TOrFunction>());
+  Functions.Add(Make<TNotFunction>());
+  Functions.Add(Make<TEqFunction>());
+  Functions.Add(Make<TEqStarFunction>());
+  Functions.Add(Make<TNeqFunction>());
+  Functions.Add(Make<TEqualsFunction>());
+  Functions.Add(Make<TNotEqualsFunction>());
+  Functions.Add(Make<TGtFunction>());
+  Functions.Add(Make<TGtOrEqFunction>());
+  Functions.Add(Make<TLtFunction>());
+  Functions.Add(Make<TLtOrEqFunction>());
+  Functions.Add(Make<TExtractGlobalFunction>());
+  Functions.Add(Make<TGenSymStarFunction>());
+  Functions.Add(Make<TStoreFunction>());
+  Functions.Add(Make<TFetchFunction>());
+  Functions.Add(Make<TClearStorageFunction>());
+  Functions.Add(Make<TRunFunction>());
+  Functions.Add(Make<THaltFunction>());
+  Functions.Add(Make<TExitFunction>());
+  Functions.Add(Make<TVersionFunction>());
+  Functions.Add(Make<TWatchFunction>());
+  Functions.Add(Make<TUnwatchFunction>());
+  Functions.Add(Make<TPrintOutFunction>());
+}
+
+}  // namespace tavo

@@ -1,0 +1,79 @@
+// The standard package: control flow, comparison, the engine's storage and
+// run control, watches, and printing. Every engine gets it by default.
+#pragma once
+
+#include "packages/TavoPackages.h"
+
+namespace tavo {
+
+// Raised by exit. It ends execution without a message like any silent
+// abort, and try lets it pass.
+class EExit : public EAbort {
+ public:
+  EExit() = default;
+};
+
+// One class per function. Arguments arrive unevaluated; each function
+// resolves the ones it needs, when it needs them.
+#define TAVO_STANDARD_FUNCTION(ClassName)                                             \
+  class ClassName : public TTavoUserFunction {                                        \
+    TAVO_CLASS(ClassName, TTavoUserFunction)                                          \
+   public:                                                                            \
+    void InitMetaData() override;                                                     \
+    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+    using TTavoUserFunction::Call;                                                    \
+  };
+
+// Control.
+TAVO_STANDARD_FUNCTION(TIfFunction)
+TAVO_STANDARD_FUNCTION(TWhileFunction)
+TAVO_STANDARD_FUNCTION(TForEachFunction)
+TAVO_STANDARD_FUNCTION(TTryFunction)
+TAVO_STANDARD_FUNCTION(TThrowFunction)
+TAVO_STANDARD_FUNCTION(TReturnFunction)
+TAVO_STANDARD_FUNCTION(TBindFunction)
+
+// Logic and comparison.
+TAVO_STANDARD_FUNCTION(TAndFunction)
+TAVO_STANDARD_FUNCTION(TOrFunction)
+TAVO_STANDARD_FUNCTION(TNotFunction)
+TAVO_STANDARD_FUNCTION(TEqFunction)
+TAVO_STANDARD_FUNCTION(TEqStarFunction)
+TAVO_STANDARD_FUNCTION(TNeqFunction)
+TAVO_STANDARD_FUNCTION(TEqualsFunction)
+TAVO_STANDARD_FUNCTION(TNotEqualsFunction)
+TAVO_STANDARD_FUNCTION(TGtFunction)
+TAVO_STANDARD_FUNCTION(TGtOrEqFunction)
+TAVO_STANDARD_FUNCTION(TLtFunction)
+TAVO_STANDARD_FUNCTION(TLtOrEqFunction)
+
+// Variables, symbols and storage.
+TAVO_STANDARD_FUNCTION(TExtractGlobalFunction)
+TAVO_STANDARD_FUNCTION(TGenSymStarFunction)
+TAVO_STANDARD_FUNCTION(TStoreFunction)
+TAVO_STANDARD_FUNCTION(TFetchFunction)
+TAVO_STANDARD_FUNCTION(TClearStorageFunction)
+
+// The engine.
+TAVO_STANDARD_FUNCTION(TRunFunction)
+TAVO_STANDARD_FUNCTION(THaltFunction)
+TAVO_STANDARD_FUNCTION(TExitFunction)
+TAVO_STANDARD_FUNCTION(TVersionFunction)
+TAVO_STANDARD_FUNCTION(TWatchFunction)
+TAVO_STANDARD_FUNCTION(TUnwatchFunction)
+
+// Output.
+TAVO_STANDARD_FUNCTION(TPrintOutFunction)
+
+#undef TAVO_STANDARD_FUNCTION
+
+class TStandardPackage : public TUserPackage {
+  TAVO_CLASS(TStandardPackage, TUserPackage)
+ public:
+  using TUserPackage::TUserPackage;
+
+ protected:
+  void CreateFunctions() override;
+};
+
+}  // namespace tavo
