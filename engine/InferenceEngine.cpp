@@ -56,6 +56,7 @@ TInferenceEngine::~TInferenceEngine() {
 void TInferenceEngine::UnhookEvents() {
   OnPrintOut = nullptr;
   OnReadLine = nullptr;
+  OnReadToken = nullptr;
   OnAddDefaultPackages = nullptr;
   OnStartInference = nullptr;
   OnEndInference = nullptr;
@@ -482,6 +483,14 @@ void TInferenceEngine::PrintOut(const String& OutID, const String& Text) {
   // No named stream holds this name. Deliberately asymmetric: with a handler
   // nothing happens at all, without one it is an error.
   if (!OnPrintOut) throw ETavoException(Format(SNoSuchFunction, u"printout"));
+}
+
+String TInferenceEngine::ReadLine(const String& InID) {
+  // No named input stream holds InID: it reads the standard channel.
+  if (!OnReadLine) throw ETavoException(Format(SNoReadFunctionWarning, u"read"));
+  String Text;
+  OnReadLine(this, InID, Text);
+  return Text;
 }
 
 // The run cycle.

@@ -179,6 +179,12 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // passed over with one.
   virtual void PrintOut(const String& OutID, const String& Text);
   void PrintOut(const String& Text) { PrintOut(String(), Text); }
+  // Input: a line, or a token of the rule language, from the standard
+  // channel through the host's handlers, which must block until input is
+  // there. Without a handler the host is told it has to supply one.
+  virtual String ReadLine(const String& InID);
+  // Defined with the lexer, whose tokens it gives.
+  virtual IStreamToken ReadToken(const String& InID);
 
   // How many activations the current agenda holds.
   int GetAgendaCount() const;
@@ -234,6 +240,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // destructor unhooks them all first.
   TPrintOutEvent OnPrintOut;
   TReadLineEvent OnReadLine;
+  std::function<void(TObject* Sender, const String& InID, IStreamToken& Token)> OnReadToken;
   TNotifyEvent OnAddDefaultPackages;
   TNotifyEvent OnStartInference;
   TInferenceEvent OnEndInference;

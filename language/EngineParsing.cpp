@@ -37,4 +37,12 @@ bool TInferenceEngine::Parse(const String& Text, bool Execute) {
   return true;
 }
 
+IStreamToken TInferenceEngine::ReadToken(const String& InID) {
+  // The function name in the warning is "readline", as it stands.
+  if (!OnReadToken) throw ETavoException(Format(SNoReadFunctionWarning, u"readline"));
+  IStreamToken Token;
+  OnReadToken(this, InID, Token);
+  return Token ? Token : Make<TTavoStreamToken>(0, String(u"EOF"), 0);
+}
+
 }  // namespace tavo

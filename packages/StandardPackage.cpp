@@ -1,5 +1,8 @@
 #include "packages/StandardPackage.h"
 
+#include "language/TavoStreamToken.h"
+#include "packages/StringPackage.h"
+
 #include "engine/InferenceEngine.h"
 
 namespace tavo {
@@ -640,6 +643,53 @@ void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   EngineOf(FunCall, Context).PrintOut(OutID, Text);
 }
 
+// format, read, readline
+
+void TFormatFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"format", u"Formats the expressions by the control string and prints the text unless the logical name is nil",
+              u"<logical-name> <string-expression> <expression>*", 2, AnyCount);
+}
+
+void TFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  ITavoValue OutID = Evaluate(FunCall, 0, Context);
+  String Control = Evaluate(FunCall, 1, Context)->GetAsString();
+  IValueVector Items = Make<TValueVector>();
+  for (int I = 2; I < FunCall.GetArgumentCount(); ++I) Items->Add(Evaluate(FunCall, I, Context));
+  String Text = CLIPSFormat(Control, Items);
+  if (!OutID->Equals(FCNil)) EngineOf(FunCall, Context).PrintOut(OutID->GetAsString(), Text);
+  Result = Make<TTavoValue>(Text, dtString);
+}
+
+namespace {
+
+String InputName(TFunctionCall& FunCall, TTavoContext* Context) {
+  return FunCall.GetArgumentCount() > 0 ? Evaluate(FunCall, 0, Context)->GetAsString() : String(u"t");
+}
+
+}  // namespace
+
+void TReadFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"read", u"Reads one token from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
+}
+
+void TReadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = EngineOf(FunCall, Context).ReadToken(InputName(FunCall, Context))->Value();
+}
+
+void TReadLineFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"readline", u"Reads one line from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
+}
+
+void TReadLineFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = Make<TTavoValue>(EngineOf(FunCall, Context).ReadLine(InputName(FunCall, Context)), dtString);
+}
+
 // TStandardPackage
 
 void TStandardPackage::CreateFunctions() {
@@ -676,6 +726,9 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TWatchFunction>());
   Functions.Add(Make<TUnwatchFunction>());
   Functions.Add(Make<TPrintOutFunction>());
+  Functions.Add(Make<TFormatFunction>());
+  Functions.Add(Make<TReadFunction>());
+  Functions.Add(Make<TReadLineFunction>());
 }
 
 }  // namespace tavo

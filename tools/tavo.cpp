@@ -141,6 +141,22 @@ int main(int argc, char** argv) {
 
   TInferenceEngine Engine;
   Engine.OnPrintOut = [](TObject*, const String&, const String& Text) { std::cout << StringToUtf8(Text); };
+  // read and readline take their input from standard input, a line at a time.
+  Engine.OnReadLine = [](TObject*, const String&, String& Text) {
+    std::cout.flush();
+    std::string Line;
+    if (std::getline(std::cin, Line)) {
+      if (!Line.empty() && Line.back() == '\r') Line.pop_back();
+      Text = Utf8ToString(Line);
+    }
+  };
+  Engine.OnReadToken = [&Engine](TObject*, const String&, IStreamToken& Token) {
+    std::cout.flush();
+    std::string Line;
+    std::getline(std::cin, Line);
+    TTavoClipsStream Stream(std::move(Line), teDefault, &Engine);
+    Token = Stream.NextToken();
+  };
 
   bool Succeeded = true;
   if (Files.empty()) {

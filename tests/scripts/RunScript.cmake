@@ -1,7 +1,11 @@
 # Runs one script through the command-line host and compares what it prints
 # with the expected output byte for byte; an optional NAME.err holds the
-# expected standard error.
-execute_process(COMMAND ${TAVO} ${SCRIPT}
+# expected standard error, and an optional NAME.in the standard input.
+string(REGEX REPLACE "\\.clp$" ".in" InputFile ${SCRIPT})
+if(NOT EXISTS ${InputFile})
+  set(InputFile /dev/null)
+endif()
+execute_process(COMMAND ${TAVO} ${SCRIPT} INPUT_FILE ${InputFile}
                 OUTPUT_VARIABLE Actual ERROR_VARIABLE ActualErrors RESULT_VARIABLE Status)
 file(READ ${EXPECTED} Expected)
 if(NOT Actual STREQUAL Expected)
