@@ -67,6 +67,7 @@ void TInferenceEngine::UnhookEvents() {
   OnRemoveModule = nullptr;
   OnClear = nullptr;
   OnReset = nullptr;
+  OnClearModule = nullptr;
   OnAssertion = nullptr;
   OnRetraction = nullptr;
   OnClearFacts = nullptr;
@@ -395,6 +396,77 @@ void TInferenceEngine::RemoveModule(const IModule& Module) {
     FCurrentModule.Reset();
   else
     SetCurrentModule(FModules.Get(0));
+}
+
+// Reset and clear.
+
+void TInferenceEngine::ClearFacts(const IModule& Module) {
+  IModule Remembered = FCurrentModule;
+  if (Module != Remembered) Module->FocusModule();
+  FFacts->Clear();
+  if (Remembered && Module != Remembered) Remembered->FocusModule();
+}
+
+void TInferenceEngine::Reset() {
+  FFactIdCounter = 0;
+  while (PeekFocus()) PopFocus();
+  PushFocus(FModules.Get(0));
+  for (int I = 0; I < FModules.Count(); ++I) ClearFacts(FModules.Get(I));
+  // Each module's rules and fact sets reset here as they arrive.
+  IModule Remembered;
+  if (FModules.Get(0) != FCurrentModule) {
+    Remembered = FCurrentModule;
+    FModules.Get(0)->FocusModule();
+  }
+  IFactTemplate Initial = CreateFactTemplate(SInitialFactPattern);
+  IFact InitialFact = Initial->NewFact();
+  Initial->FillFactWithDefaults(InitialFact);
+  Assert(InitialFact, false);
+  if (Remembered) Remembered->FocusModule();
+  if (FResetGlobals)
+    for (const auto& Item : *FGlobalVariables) ResetGlobalVariable(Item.Key, Item.Value);
+  if (OnReset) OnReset(this);
+}
+
+void TInferenceEngine::Clear(const IModule& Module) {
+  FHalt = false;
+  IModule Remembered = FCurrentModule;
+  if (Module != Remembered) Module->FocusModule();
+  // The agenda, network, rules and fact sets clear here as they arrive.
+  FFacts->Clear();
+  FFactTemplates->Clear();
+  FDefinedTypes->Clear();
+  FNullFact.Reset();
+  FFactsPending->Clear();
+  if (!IsDestroying()) {
+    CreateFactTemplate(SInitialFactPattern);
+    FNullFact = CreateFactTemplate(SNullFact)->NewFact();
+    Module->ImportEngine();
+  }
+  if (Remembered && Module != Remembered) Remembered->FocusModule();
+  if (OnClearModule) OnClearModule(this, Module);
+}
+
+void TInferenceEngine::Clear() {
+  FHalt = false;
+  FFactIdCounter = 0;
+  FRuleIdCounter = 0;
+  FFocusStack.Clear();
+  for (int I = FModules.Count() - 1; I >= 0; --I)
+    if (!FModules.Get(I)->IsMain()) RemoveModule(FModules.Get(I));
+  if (FModules.Count() == 0) AddModule(Make<TModule>(this, true));
+  PushFocus(FModules.Get(0));
+  Clear(FCurrentModule);
+  std::vector<String> Interpreted;
+  for (const auto& Item : *FUserFunctions)
+    if (dynamic_cast<TInterpretedFunction*>(Item.Value.Get())) Interpreted.push_back(Item.Key);
+  for (const String& Name : Interpreted) {
+    IUserFunction Function = FUserFunctions->RemoveFunction(Name);
+    // A deffunction that called itself lets go of itself.
+    if (auto* Self = dynamic_cast<TInterpretedFunction*>(Function.Get())) Self->UnbindCalls();
+  }
+  FStorage->Clear();
+  if (OnClear) OnClear(this);
 }
 
 void TInferenceEngine::RenameModule(const String& OldName, const String& NewName) {

@@ -161,6 +161,19 @@ class TInferenceEngine : public TComponent, public IReasoner {
   const TClass* GetParserType() const { return FParserType; }
   void SetParserType(const TClass* Value) { FParserType = Value; }
 
+  // Back to the starting state: facts cleared in every module, the focus on
+  // MAIN, the initial fact asserted last, globals bound anew.
+  virtual void Reset();
+  // Empties the knowledge: every module but MAIN goes, MAIN loses its facts,
+  // templates and types, deffunctions and stored values go; built-in
+  // functions and globals stay, and no initial fact is asserted.
+  virtual void Clear();
+  // Empties one module's knowledge.
+  virtual void Clear(const IModule& Module);
+  // Clears the facts of one module at once.
+  void ClearFacts(const IModule& Module);
+  TModuleEvent OnClearModule;
+
   // Functions. The table holds every function by name; a function that
   // takes the engine among its reasoners enters it, one that leaves it or
   // changes its name leaves the table under its old name.

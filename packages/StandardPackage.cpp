@@ -643,6 +643,31 @@ void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   EngineOf(FunCall, Context).PrintOut(OutID, Text);
 }
 
+// reset, clear
+
+void TResetFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"reset", u"Resets the expert system: facts cleared, the initial fact asserted, globals bound anew",
+              u"", 0, 0);
+}
+
+void TResetFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  EngineOf(FunCall, Context).Reset();
+  Result = FCTrue;
+}
+
+void TClearFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(*this, u"clear", u"Removes all knowledge but the built-in functions and the globals", u"", 0, 0);
+}
+
+void TClearFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  EngineOf(FunCall, Context).Clear();
+  Result = FCTrue;
+}
+
 // format, read, readline
 
 void TFormatFunction::InitMetaData() {
@@ -725,6 +750,8 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TVersionFunction>());
   Functions.Add(Make<TWatchFunction>());
   Functions.Add(Make<TUnwatchFunction>());
+  Functions.Add(Make<TResetFunction>());
+  Functions.Add(Make<TClearFunction>());
   Functions.Add(Make<TPrintOutFunction>());
   Functions.Add(Make<TFormatFunction>());
   Functions.Add(Make<TReadFunction>());

@@ -177,3 +177,44 @@ TEST(EngineCollectionsTest, ModulesKeepTheirOwnTemplatesAndFacts) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+TEST(EngineCollectionsTest, ResetAndClearReturnToTheirStartingStates) {
+  TInferenceEngine Engine;
+  int Resets = 0, Clears = 0;
+  Engine.OnReset = [&](TObject*) { ++Resets; };
+  Engine.OnClear = [&](TObject*) { ++Clears; };
+  Engine.Parse(u"(defglobal ?*g* = 1) (deffunction f () 1) (store k v)");
+  Engine.Assert(OrderedFact(Engine, u"a", {1}));
+  Engine.Assert(OrderedFact(Engine, u"a", {2}));
+  Engine.GetContext()->AddBinding(u"*g*", Int(9));
+  IModule Other = Make<TModule>(&Engine);
+  Other->SetName(u"OTHER");
+  Engine.AddModule(Other);
+  Engine.PushFocus(Other);
+
+  Engine.Reset();
+  EXPECT_EQ(Engine.GetFacts()->GetToIDString(), u"f-0 (Initial-Fact)");
+  EXPECT_EQ(Engine.GetFocusStack().ToNamesString(), u"MAIN");
+  EXPECT_EQ(Engine.GetContext()->GetVariable(u"*g*")->GetAsInteger(), 1) << "globals bound anew";
+  Engine.Reset();
+  EXPECT_EQ(Engine.GetFacts()->GetToIDString(), u"f-0 (Initial-Fact)") << "the same facts and ids";
+  EXPECT_EQ(Resets, 2);
+
+  Engine.Clear();
+  EXPECT_EQ(Clears, 1);
+  EXPECT_EQ(Engine.GetModules().ToNamesString(), u"MAIN");
+  EXPECT_EQ(Engine.GetFacts()->Count(), 0) << "no initial fact until a reset";
+  EXPECT_FALSE(Engine.GetUserFunction(u"f"));
+  EXPECT_TRUE(Engine.GetUserFunction(u"+")) << "built-in functions stay";
+  EXPECT_EQ(Engine.GetStorage()->Count(), 0);
+  EXPECT_EQ(Engine.GetGlobalVariables()->Count(), 1) << "globals stay";
+  EXPECT_TRUE(Engine.FindFactTemplate(SInitialFactPattern));
+  EXPECT_FALSE(Engine.FindFactTemplate(u"a"));
+  EXPECT_EQ(Engine.GetFocusStack().ToNamesString(), u"MAIN");
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,10 @@
+; reset and clear from the rule language.
+(deffunction twice (?x) (* 2 ?x))
+(twice 4)
+(store colour blue)
+(reset)
+(fetch colour)
+(clear)
+(fetch colour)
+(twice 4)
+(+ 1 1)
