@@ -11,6 +11,7 @@ namespace tavo {
 // Failures of the common layer's own containers and casts.
 inline constexpr char16_t SListIndexError[] = u"List index out of bounds (%d)";
 inline constexpr char16_t SIntfCastError[] = u"Interface not supported";
+inline constexpr char16_t SStreamNotWritable[] = u"Stream is not open for writing";
 
 // Base of every failure the library raises: a message in 16-bit text,
 // what() gives it in UTF-8.

@@ -1,5 +1,7 @@
 #include "MekTextStream.h"
 
+#include "MekExceptions.h"
+
 #include <istream>
 #include <ostream>
 
@@ -226,5 +228,10 @@ void TGTextWriter::Put(const std::string& Bytes) {
 void TGTextWriter::WritePreamble() { Put(GetPreamble(FEncoding)); }
 
 void TGTextWriter::Write(StringView Text) { Put(EncodeText(Text, FEncoding)); }
+
+void TGTextStream::Put(StringView Text) {
+  if (!FOutput) throw EMekException(SStreamNotWritable);
+  WriteStringToStream(*FOutput, Text, FOutputEncoding);
+}
 
 }  // namespace tavo

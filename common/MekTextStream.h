@@ -57,7 +57,17 @@ class TGTextStream : public TObject {
   // The encoding in use, once a byte-order mark has had its say.
   TTextEncoding GetEncoding();
 
+  // The writing side, for a stream that is also written to: text goes to
+  // Output in the stream's encoding. Put on a stream without one raises.
+  void SetOutput(std::ostream* Output, TTextEncoding Encoding = teDefault) {
+    FOutput = Output;
+    FOutputEncoding = Encoding;
+  }
+  virtual void Put(StringView Text);
+
  private:
+  std::ostream* FOutput = nullptr;
+  TTextEncoding FOutputEncoding = teDefault;
   int ReadByte();
   int PeekByte();
   void Start();

@@ -321,4 +321,47 @@ void TGlobalVariables::DoSetValue(const String& Key, const ITavoValue& Value) {
   if (FEngine) FEngine->ResetGlobalVariable(Key, Value);
 }
 
+// TIOStreams
+
+void TIOStreams::SetFreeStream(bool Value) {
+  FFreeStream = Value;
+  SetOwnsObjects(Value);
+}
+
+void TIOStreams::AddStream(const String& Name, TGTextStream* Stream) {
+  TGTextStream* Present = nullptr;
+  if (TryGetValue(Name, Present)) {
+    if (Present == Stream) return;
+    switch (FEngine ? FEngine->GetDuplicateConstructs() : dcOverwrite) {
+      case dcOverwrite:
+        Remove(Name);
+        break;
+      case dcIgnore:
+        delete Stream;
+        return;
+      case dcError:
+        delete Stream;
+        throw ETavoException(Format(SDuplicateStreamNames, Name));
+    }
+  }
+  Add(Name, Stream);
+}
+
+void TIOStreams::RemoveStream(const String& Name) {
+  if (!ContainsKey(Name)) throw ETavoException(Format(SInvalidStreamName, Name));
+  Remove(Name);
+}
+
+void TIOStreams::Clear() {
+  bool Owned = GetOwnsObjects();
+  SetOwnsObjects(true);
+  TInherited::Clear();
+  SetOwnsObjects(Owned);
+}
+
+void TIOStreams::Assign(const TPersistent* Source) {
+  if (dynamic_cast<const TIOStreams*>(Source)) return;
+  TInherited::Assign(Source);
+}
+
 }  // namespace tavo

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "common/MekTextStream.h"
 #include "core/TavoFunctions.h"
 #include "core/TavoVectors.h"
 #include "knowledge/TavoFactTemplate.h"
@@ -137,6 +138,29 @@ class TUserFunctions : public TMekStringHashTable<IUserFunction> {
 
   TInferenceEngine* FEngine;
   int FNumInterpreted = 0;
+};
+
+// The engine's named text streams. A stream that leaves the table is freed
+// while FreeStream holds; Clear frees them all.
+class TIOStreams : public TMekStringObjectHashTable<TGTextStream> {
+  using TInherited = TMekStringObjectHashTable<TGTextStream>;
+  TAVO_CLASS(TIOStreams, TInherited)
+ public:
+  explicit TIOStreams(TInferenceEngine* Engine) : FEngine(Engine) {}
+  bool GetFreeStream() const { return FFreeStream; }
+  void SetFreeStream(bool Value);
+  // Under an existing name by the engine's duplicate policy; the same
+  // stream again does nothing. The table takes the stream.
+  void AddStream(const String& Name, TGTextStream* Stream);
+  // SInvalidStreamName for an absent name.
+  void RemoveStream(const String& Name);
+  void Clear() override;
+  // Streams are not shared between engines: another table copies nothing.
+  void Assign(const TPersistent* Source) override;
+
+ private:
+  TInferenceEngine* FEngine;
+  bool FFreeStream = true;
 };
 
 // Named values of the engine: the store of store and fetch.

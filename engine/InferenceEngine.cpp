@@ -10,6 +10,7 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
   FVersion = 5.0f;
   FParserMaxErrors = 10;
   FFuzzyEqualsThreshold = 0.01f;
+  FIOStreams.reset(static_cast<TIOStreams*>(CreateTavoObject(otIOStreams, nullptr)));
   FResetGlobals = true;
   FGlobalVariables.reset(static_cast<TGlobalVariables*>(CreateTavoObject(otGlobalVariables, nullptr)));
   FStorage.reset(static_cast<TEngineVariables*>(CreateTavoObject(otEngineVariables, nullptr)));
@@ -137,6 +138,8 @@ TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Modul
       return new TGlobalVariables(this);
     case otUserFunctions:
       return new TUserFunctions(this);
+    case otIOStreams:
+      return new TIOStreams(this);
     default:
       // Agenda, fact sets, rules, network, streams, functions and module
       // lists arrive with their own classes.
@@ -466,6 +469,7 @@ void TInferenceEngine::Clear() {
     if (auto* Self = dynamic_cast<TInterpretedFunction*>(Function.Get())) Self->UnbindCalls();
   }
   FStorage->Clear();
+  FIOStreams->Clear();
   if (OnClear) OnClear(this);
 }
 
@@ -552,13 +556,19 @@ void TInferenceEngine::PrintOut(const String& OutID, const String& Text) {
     if (OnPrintOut) OnPrintOut(this, OutID, Text);
     return;
   }
+  if (TGTextStream* const* Stream = FIOStreams->Find(OutID)) {
+    (*Stream)->Put(Text);
+    return;
+  }
   // No named stream holds this name. Deliberately asymmetric: with a handler
   // nothing happens at all, without one it is an error.
   if (!OnPrintOut) throw ETavoException(Format(SNoSuchFunction, u"printout"));
 }
 
 String TInferenceEngine::ReadLine(const String& InID) {
-  // No named input stream holds InID: it reads the standard channel.
+  if (InID != u"t" && !InID.empty())
+    if (TGTextStream* const* Stream = FIOStreams->Find(InID)) return (*Stream)->IsEof() ? String() : (*Stream)->GetLine();
+  // Any other name reads the standard channel.
   if (!OnReadLine) throw ETavoException(Format(SNoReadFunctionWarning, u"read"));
   String Text;
   OnReadLine(this, InID, Text);

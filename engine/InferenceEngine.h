@@ -107,6 +107,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TFactsPending* GetFactsPending() const { return FFactsPending; }
   const IFact& GetNullFact() const { return FNullFact; }
   TEngineVariables* GetStorage() const { return FStorage.get(); }
+  TIOStreams* GetIOStreams() const { return FIOStreams.get(); }
   TGlobalVariables* GetGlobalVariables() const { return FGlobalVariables.get(); }
 
   // The template of that name in the current module, made as an implied
@@ -156,6 +157,15 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // Rule-language text, read by the engine's parser (made on first use, of
   // the class of GetParserType). Execute runs the top-level calls.
   bool Parse(const String& Text, bool Execute = true);
+  // The parser's single productions over a text; defined with the parser.
+  IFact ParseFact(const String& Text);
+  ITavoValue ParseValue(const String& Text);
+  IFunCall ParseFunCall(const String& Text);
+  ITavoValue ParseNExecuteFunCall(const String& Text);
+  int ParseConstructType(const String& Text);
+  // A fact from its text, resolved in the global context.
+  int Assert(const String& Text);
+  void Retract(const String& Text);
   // The parser object; its class is TTavoParser.
   TObject* GetParserObject();
   const TClass* GetParserType() const { return FParserType; }
@@ -323,6 +333,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   bool FFuzzyAutoTerms = true;
   float FFuzzyEqualsThreshold = 0.01f;
   float FMinActivationStrength = 0;
+  std::unique_ptr<TIOStreams> FIOStreams;
   std::unique_ptr<TTavoContext> FGlobalContext;
   const TClass* FParserType = nullptr;
   std::unique_ptr<TObject> FParser;

@@ -22,22 +22,65 @@ TObject* TInferenceEngine::GetParserObject() {
   return Parser;
 }
 
-bool TInferenceEngine::Parse(const String& Text, bool Execute) {
-  auto* Parser = static_cast<TTavoParser*>(GetParserObject());
-  TTavoClipsStream Stream(Text, this);
+namespace {
+
+// Runs Action with the engine's parser reading Text, then gives the parser
+// its former stream back.
+template <class F>
+auto WithParser(TInferenceEngine& Engine, const String& Text, F&& Action) {
+  auto* Parser = static_cast<TTavoClipsParser*>(Engine.GetParserObject());
+  TTavoClipsStream Stream(Text, &Engine);
   TTavoTokenizerStream* Previous = Parser->GetStream();
   Parser->SetStream(&Stream);
-  try {
-    Parser->Parse(Execute);
-  } catch (...) {
-    Parser->SetStream(Previous);
-    throw;
-  }
-  Parser->SetStream(Previous);
-  return true;
+  struct TRestore {
+    TTavoParser* Parser;
+    TTavoTokenizerStream* Previous;
+    ~TRestore() { Parser->SetStream(Previous); }
+  } Restore{Parser, Previous};
+  return Action(*Parser);
+}
+
+}  // namespace
+
+bool TInferenceEngine::Parse(const String& Text, bool Execute) {
+  return WithParser(*this, Text, [&](TTavoClipsParser& Parser) { return Parser.Parse(Execute); });
+}
+
+IFact TInferenceEngine::ParseFact(const String& Text) {
+  return WithParser(*this, Text, [](TTavoClipsParser& Parser) { return Parser.ParseFact(); });
+}
+
+ITavoValue TInferenceEngine::ParseValue(const String& Text) {
+  return WithParser(*this, Text, [](TTavoClipsParser& Parser) { return Parser.ParseValue(); });
+}
+
+IFunCall TInferenceEngine::ParseFunCall(const String& Text) {
+  return WithParser(*this, Text, [](TTavoClipsParser& Parser) { return Parser.ParseFunCall(); });
+}
+
+ITavoValue TInferenceEngine::ParseNExecuteFunCall(const String& Text) {
+  return WithParser(*this, Text, [](TTavoClipsParser& Parser) { return Parser.ParseNExecuteFunCall(); });
+}
+
+int TInferenceEngine::ParseConstructType(const String& Text) {
+  return WithParser(*this, Text, [](TTavoClipsParser& Parser) { return int(Parser.GetConstructType()); });
+}
+
+int TInferenceEngine::Assert(const String& Text) {
+  IFact Fact = ParseFact(Text);
+  ResolveFact(*FGlobalContext, Fact);
+  return Assert(Fact, false);
+}
+
+void TInferenceEngine::Retract(const String& Text) {
+  IFact Fact = ParseFact(Text);
+  ResolveFact(*FGlobalContext, Fact);
+  Retract(Fact);
 }
 
 IStreamToken TInferenceEngine::ReadToken(const String& InID) {
+  if (TGTextStream* const* Stream = GetIOStreams()->Find(InID))
+    if (auto* Tokens = dynamic_cast<TTavoTokenizerStream*>(*Stream)) return Tokens->NextToken();
   // The function name in the warning is "readline", as it stands.
   if (!OnReadToken) throw ETavoException(Format(SNoReadFunctionWarning, u"readline"));
   IStreamToken Token;

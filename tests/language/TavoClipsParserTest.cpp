@@ -153,3 +153,24 @@ TEST(TavoClipsParserTest, DeffunctionsAndGlobalsComeThroughTheEngine) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+TEST(TavoClipsParserTest, EngineReadsSingleProductionsFromText) {
+  TInferenceEngine Engine;
+  Engine.Parse(u"(defglobal ?*n* = 3)");
+  EXPECT_EQ(Engine.Assert(String(u"(point ?*n* 4)")), 1) << "a fact's variables resolve in the global context";
+  EXPECT_EQ(Engine.GetFacts()->Get(1)->ToString(), u"(point 3 4)");
+  EXPECT_EQ(Engine.Assert(String(u"(point 3 4)")), -1) << "the same fact again is a duplicate";
+  Engine.Retract(String(u"(point 3 4)"));
+  EXPECT_EQ(Engine.GetFacts()->Count(), 1);
+  EXPECT_EQ(Engine.ParseValue(u"1 2)")->GetToString(), u"1 2 ");
+  EXPECT_EQ(Engine.ParseNExecuteFunCall(u"(+ 1 2)")->GetAsInteger(), 3);
+  EXPECT_EQ(Engine.ParseFunCall(u"(f ?x)")->ToString(), u"(f ?x)");
+  EXPECT_EQ(Engine.ParseConstructType(u"(deffunction f ())"), ptFunction);
+  EXPECT_EQ(Engine.ParseConstructType(u"42"), ptValue);
+}
+
+}  // namespace
+}  // namespace tavo
