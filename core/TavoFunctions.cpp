@@ -51,6 +51,15 @@ void TTavoUserFunction::SetFunctionName(const String& Value) {
   for (int I = 0; I < FReasoners.Count(); ++I) FReasoners.Get(I)->AddUserFunction(Self);
 }
 
+void TTavoUserFunction::SetMetaData(const String& Name, const String& Comment, const String& ArgumentString,
+                                    int Min, int Max) {
+  SetFunctionName(Name);
+  FComment = Format(CommentFormat, Comment);
+  FArgumentString = ArgumentString;
+  SetMinArgumentCount(Min);
+  SetMaxArgumentCount(Max);
+}
+
 void TTavoUserFunction::SetMinArgumentCount(int Value) {
   if (Value == FMinArgumentCount) return;
   FMinArgumentCount = Value;
@@ -128,6 +137,11 @@ int TFunctionCall::AddArgument(const String& Value, TTavoType Type) {
   if (!TavoStringTypes.Contains(Type))
     throw ETavoException(Format(SNotCorrectType, u"String", Value, GetTavoTypeName(Type)));
   return FArguments.Add(Make<TTavoValue>(Value, Type));
+}
+
+ITavoValue TFunctionCall::EvaluateArgument(int Index, TTavoContext* Context) const {
+  ITavoValue Value = GetArgument(Index)->Resolve(Context);
+  return Value ? Value : FCNil;
 }
 
 void TFunctionCall::SetUserFunction(const IUserFunction& Function) {

@@ -10,6 +10,9 @@ namespace tavo {
 
 class TTavoUserFunction;
 
+// The maximum argument count that means no limit.
+inline constexpr int AnyArgumentCount = 2147483647;
+
 // The deepest nesting of executing calls, recursion included.
 inline constexpr int MaxCallDepth = 1000;
 
@@ -47,6 +50,9 @@ class TTavoUserFunction : public TCounted<TPersistent> {
   void AfterConstruction() override;
   // Sets name, help text and counts; runs once, after all constructors.
   virtual void InitMetaData() {}
+  // What InitMetaData of a built-in function sets: its name, its help text
+  // (through CommentFormat), its syntax and its argument counts.
+  void SetMetaData(const String& Name, const String& Comment, const String& ArgumentString, int Min, int Max);
 
   const String& GetFunctionName() const { return FFunctionName; }
   // A new name leaves every engine under the old name and enters under the new.
@@ -116,6 +122,8 @@ class TFunctionCall : public TCloneableObject {
   int GetArgumentCount() const { return FArguments.Count(); }
   const ITavoValue& GetArgument(int Index) const { return FArguments.Get(Index); }
   void SetArgument(int Index, const ITavoValue& Value) { FArguments.Put(Index, Value); }
+  // Argument Index resolved in Context; a call that gives nothing reads as nil.
+  ITavoValue EvaluateArgument(int Index, TTavoContext* Context) const;
 
   IReasoner* GetReasoner() const { return FReasoner; }
   void SetReasoner(IReasoner* Value) { FReasoner = Value; }

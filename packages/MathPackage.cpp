@@ -16,22 +16,8 @@ namespace {
 constexpr char16_t SDivByZero[] = u"Division by zero";
 constexpr char16_t SIntOverflow[] = u"Integer overflow";
 
-constexpr int Unlimited = 2147483647;
 
-void Describe(TTavoUserFunction& Function, const char16_t* Name, const char16_t* Comment,
-              const char16_t* Arguments, int Min, int Max) {
-  Function.SetFunctionName(Name);
-  Function.SetComment(Format(CommentFormat, Comment));
-  Function.SetArgumentString(Arguments);
-  Function.SetMinArgumentCount(Min);
-  Function.SetMaxArgumentCount(Max);
-}
 
-// An argument evaluated; a call that gave nothing reads as nil.
-ITavoValue Argument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  ITavoValue Value = FunCall.GetArgument(Index)->Resolve(Context);
-  return Value ? Value : FCNil;
-}
 
 // Nearest integer, ties to even, then into 32 bits as every integer
 // conversion of the engine does.
@@ -53,7 +39,7 @@ void Accumulate(TArithmetic Operation, TFunctionCall& FunCall, TTavoContext* Con
   double Total = Operation == arMultiply ? 1 : 0;
   bool IsFloat = false;
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
-    ITavoValue Value = Argument(FunCall, I, Context);
+    ITavoValue Value = FunCall.EvaluateArgument(I, Context);
     double Number = Value->GetAsNumeric();
     if (Value->GetDType() == dtFloat) IsFloat = true;
     if (Operation == arMultiply)
@@ -68,11 +54,11 @@ void Accumulate(TArithmetic Operation, TFunctionCall& FunCall, TTavoContext* Con
 
 // The first of equals leads; a float leader makes the result a float for good.
 void Extreme(bool Greatest, TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  ITavoValue First = Argument(FunCall, 0, Context);
+  ITavoValue First = FunCall.EvaluateArgument(0, Context);
   double Leader = First->GetAsNumeric();
   bool IsFloat = First->GetDType() == dtFloat;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    ITavoValue Value = Argument(FunCall, I, Context);
+    ITavoValue Value = FunCall.EvaluateArgument(I, Context);
     double Number = Value->GetAsNumeric();
     if (Greatest ? Number > Leader : Number < Leader) {
       Leader = Number;
@@ -88,11 +74,11 @@ void CheckDivisor(int32_t Dividend, int32_t Divisor) {
 }
 
 double NumericArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  return Argument(FunCall, Index, Context)->GetAsNumeric();
+  return FunCall.EvaluateArgument(Index, Context)->GetAsNumeric();
 }
 
 int32_t IntegerArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  return Argument(FunCall, Index, Context)->GetAsInteger();
+  return FunCall.EvaluateArgument(Index, Context)->GetAsInteger();
 }
 
 // One generator for the process; engines on other threads share it.
@@ -123,8 +109,8 @@ TRandomSource& RandomSource() {
 
 void TDivideFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"/", u"Returns the first argument divided by each of the others, as a float",
-           u" <numeric-expression>+", 1, Unlimited);
+  SetMetaData(u"/", u"Returns the first argument divided by each of the others, as a float",
+           u" <numeric-expression>+", 1, AnyArgumentCount);
 }
 
 void TDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -136,8 +122,8 @@ void TDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TMinusFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"-", u"Returns the first argument minus each of the others", u" <numeric-expression>+", 1,
-           Unlimited);
+  SetMetaData(u"-", u"Returns the first argument minus each of the others", u" <numeric-expression>+", 1,
+           AnyArgumentCount);
 }
 
 void TMinusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -147,7 +133,7 @@ void TMinusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TModFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"mod", u"Returns the remainder of the first argument divided by the second",
+  SetMetaData(u"mod", u"Returns the remainder of the first argument divided by the second",
            u" <integer-expression> <integer-expression>", 2, 2);
 }
 
@@ -161,7 +147,7 @@ void TModFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TPlusFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"+", u"Returns the sum of its arguments", u" <numeric-expression>+", 0, Unlimited);
+  SetMetaData(u"+", u"Returns the sum of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
 }
 
 void TPlusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -171,7 +157,7 @@ void TPlusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TTimesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0, Unlimited);
+  SetMetaData(u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
 }
 
 void TTimesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -181,12 +167,12 @@ void TTimesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TAbsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"abs", u"Returns the absolute value of its argument", u" <numeric-expression>", 1, 1);
+  SetMetaData(u"abs", u"Returns the absolute value of its argument", u" <numeric-expression>", 1, 1);
 }
 
 void TAbsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  ITavoValue Value = Argument(FunCall, 0, Context);
+  ITavoValue Value = FunCall.EvaluateArgument(0, Context);
   if (Value->GetDType() == dtInteger) {
     int32_t Number = Value->GetAsInteger();
     // The lowest integer has no positive twin and stays as it is.
@@ -200,8 +186,8 @@ void TAbsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TIntegerDivideFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"div", u"Returns the first argument divided by each of the others, truncated to an integer",
-           u" <integer-expression>+", 1, Unlimited);
+  SetMetaData(u"div", u"Returns the first argument divided by each of the others, truncated to an integer",
+           u" <integer-expression>+", 1, AnyArgumentCount);
 }
 
 void TIntegerDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -217,7 +203,7 @@ void TIntegerDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
 
 void TExpFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"exp", u"Returns e raised to the power of its argument", u" <numeric-expression>", 1, 1);
+  SetMetaData(u"exp", u"Returns e raised to the power of its argument", u" <numeric-expression>", 1, 1);
 }
 
 void TExpFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -227,7 +213,7 @@ void TExpFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TExptFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"**", u"Returns the first argument raised to the power of the second",
+  SetMetaData(u"**", u"Returns the first argument raised to the power of the second",
            u" <numeric-expression> <numeric-expression>", 2, 2);
 }
 
@@ -239,7 +225,7 @@ void TExptFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TPiFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"PI", u"Returns the number pi", u"", 0, 0);
+  SetMetaData(u"PI", u"Returns the number pi", u"", 0, 0);
 }
 
 void TPiFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -249,7 +235,7 @@ void TPiFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 void TFloatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"float", u"Returns its argument as a float", u" <numeric-expression>", 1, 1);
+  SetMetaData(u"float", u"Returns its argument as a float", u" <numeric-expression>", 1, 1);
 }
 
 void TFloatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -259,7 +245,7 @@ void TFloatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TIntegerFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"integer", u"Returns its argument as an integer, truncated toward zero",
+  SetMetaData(u"integer", u"Returns its argument as an integer, truncated toward zero",
            u" <numeric-expression>", 1, 1);
 }
 
@@ -270,7 +256,7 @@ void TIntegerFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 void TMaxFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"max", u"Returns the greatest of its arguments", u" <numeric-expression>+", 1, Unlimited);
+  SetMetaData(u"max", u"Returns the greatest of its arguments", u" <numeric-expression>+", 1, AnyArgumentCount);
 }
 
 void TMaxFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -280,7 +266,7 @@ void TMaxFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TMinFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"min", u"Returns the smallest of its arguments", u" <numeric-expression>+", 1, Unlimited);
+  SetMetaData(u"min", u"Returns the smallest of its arguments", u" <numeric-expression>+", 1, AnyArgumentCount);
 }
 
 void TMinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -290,7 +276,7 @@ void TMinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TLogFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"log", u"Returns the natural logarithm of its argument", u" <numeric-expression>", 1, 1);
+  SetMetaData(u"log", u"Returns the natural logarithm of its argument", u" <numeric-expression>", 1, 1);
 }
 
 void TLogFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -300,7 +286,7 @@ void TLogFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TLog10Function::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"log10", u"Returns the base 10 logarithm of its argument", u" <numeric-expression>", 1, 1);
+  SetMetaData(u"log10", u"Returns the base 10 logarithm of its argument", u" <numeric-expression>", 1, 1);
 }
 
 void TLog10Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -310,7 +296,7 @@ void TLog10Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TRandomFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"random",
+  SetMetaData(u"random",
            u"Returns a random integer from the low end (default 0) within a range of the given width "
            u"(default 65536)",
            u" [[<low-integer-expression>] <high-integer-expression>]", 0, 2);
@@ -331,7 +317,7 @@ void TRandomFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TRandomizeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"randomize", u"Seeds the random numbers from the clock, or with the given seed",
+  SetMetaData(u"randomize", u"Seeds the random numbers from the clock, or with the given seed",
            u" [<seed-integer-expression> ]", 0, 1);
 }
 
@@ -346,7 +332,7 @@ void TRandomizeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 void TRoundFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"round", u"Returns its argument rounded to the nearest integer, ties to even",
+  SetMetaData(u"round", u"Returns its argument rounded to the nearest integer, ties to even",
            u" <numeric-expression>", 1, 1);
 }
 
@@ -357,7 +343,7 @@ void TRoundFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TSqrtFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"sqrt", u"Returns the square root of its argument", u" <numeric-expression>", 1, 1);
+  SetMetaData(u"sqrt", u"Returns the square root of its argument", u" <numeric-expression>", 1, 1);
 }
 
 void TSqrtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -367,7 +353,7 @@ void TSqrtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TSeedFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"seed", u"Seeds the random numbers with the given integer", u" <integer-expression>", 1, 1);
+  SetMetaData(u"seed", u"Seeds the random numbers with the given integer", u" <integer-expression>", 1, 1);
 }
 
 void TSeedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {

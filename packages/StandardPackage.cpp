@@ -9,22 +9,8 @@ namespace tavo {
 
 namespace {
 
-constexpr int AnyCount = 2147483647;
 
-void SetMetaData(TTavoUserFunction& Function, const char16_t* Name, const char16_t* Comment,
-                 const char16_t* Syntax, int Min, int Max) {
-  Function.SetFunctionName(Name);
-  Function.SetComment(Format(CommentFormat, String(Comment)));
-  Function.SetArgumentString(Syntax);
-  Function.SetMinArgumentCount(Min);
-  Function.SetMaxArgumentCount(Max);
-}
 
-// A function that gives nothing reads as nil to the function that asked.
-ITavoValue Evaluate(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  ITavoValue Value = FunCall.GetArgument(Index)->Resolve(Context);
-  return Value ? Value : FCNil;
-}
 
 bool IsValue(const ITavoValue& Value, const ITavoValue& Constant) { return Value && Value->Equals(Constant); }
 
@@ -49,7 +35,7 @@ TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) 
 // a return ended it.
 bool EvaluateBody(TFunctionCall& FunCall, int First, int Last, TTavoContext* Context, ITavoValue& Result) {
   for (int I = First; I < Last; ++I) {
-    Result = Evaluate(FunCall, I, Context);
+    Result = FunCall.EvaluateArgument(I, Context);
     if (Context && Context->GetReturning()) {
       Result = Context->GetReturnValue();
       return true;
@@ -67,10 +53,10 @@ String MessageOf(const std::exception& Error) {
 
 template <class TSame>
 bool AllMatchFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same) {
-  const ITavoValue First = Evaluate(FunCall, 0, Context);
+  const ITavoValue First = FunCall.EvaluateArgument(0, Context);
   bool Result = true;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    const ITavoValue Value = Evaluate(FunCall, I, Context);
+    const ITavoValue Value = FunCall.EvaluateArgument(I, Context);
     if (Result && !Same(First, Value)) Result = false;
   }
   return Result;
@@ -78,10 +64,10 @@ bool AllMatchFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same) {
 
 template <class TSame>
 bool NoneMatchesFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same) {
-  const ITavoValue First = Evaluate(FunCall, 0, Context);
+  const ITavoValue First = FunCall.EvaluateArgument(0, Context);
   bool Result = true;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    const ITavoValue Value = Evaluate(FunCall, I, Context);
+    const ITavoValue Value = FunCall.EvaluateArgument(I, Context);
     if (Result && Same(First, Value)) Result = false;
   }
   return Result;
@@ -89,10 +75,10 @@ bool NoneMatchesFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same)
 
 template <class TOrdered>
 bool EachBeforeNext(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Ordered) {
-  double Previous = Evaluate(FunCall, 0, Context)->GetAsNumeric();
+  double Previous = FunCall.EvaluateArgument(0, Context)->GetAsNumeric();
   bool Result = true;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    const double Current = Evaluate(FunCall, I, Context)->GetAsNumeric();
+    const double Current = FunCall.EvaluateArgument(I, Context)->GetAsNumeric();
     if (Result && !Ordered(Previous, Current)) Result = false;
     Previous = Current;
   }
@@ -152,17 +138,17 @@ void AppendPrintText(String& Text, const ITavoValue& Value) {
 
 void TIfFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"if",
+  SetMetaData(u"if",
               u"Evaluates the first argument.  If the first argument is TRUE, then it executes the expressions "
               u"after the \"then\" keyword.  If the first argument is FALSE and the \"else\" keyword is present, "
               u"it executes the expressions after the \"else\" keyword",
-              u"<predicate-expression> then <expression>+ [else <expression>+]", 2, AnyCount);
+              u"<predicate-expression> then <expression>+ [else <expression>+]", 2, AnyArgumentCount);
 }
 
 void TIfFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   if (!IsValue(FunCall.GetArgument(1), FCThen)) throw ETavoException(Format(SSyntaxError, SMissingThen));
-  const bool Condition = !IsFalse(Evaluate(FunCall, 0, Context));
+  const bool Condition = !IsFalse(FunCall.EvaluateArgument(0, Context));
   const int Count = FunCall.GetArgumentCount();
   Result = FCFalse;
   if (!Condition) {
@@ -174,7 +160,7 @@ void TIfFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
     return;
   }
   for (int I = 2; I < Count; ++I) {
-    ITavoValue Value = Evaluate(FunCall, I, Context);
+    ITavoValue Value = FunCall.EvaluateArgument(I, Context);
     if (IsValue(Value, FCElse)) return;
     if (Context && Context->GetReturning()) {
       Result = Context->GetReturnValue();
@@ -188,20 +174,20 @@ void TIfFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 void TWhileFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"while",
+  SetMetaData(u"while",
               u"Evaluates the expressions after the condition, and the optional \"do\" keyword, again and again "
               u"for as long as the condition is not FALSE",
-              u"<boolean-expression> [do] <expression>*", 2, AnyCount);
+              u"<boolean-expression> [do] <expression>*", 2, AnyArgumentCount);
 }
 
 void TWhileFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   const int Count = FunCall.GetArgumentCount();
   const int First = Count > 1 && IsValue(FunCall.GetArgument(1), FCDo) ? 2 : 1;
-  Result = Evaluate(FunCall, 0, Context);
+  Result = FunCall.EvaluateArgument(0, Context);
   while (!IsFalse(Result)) {
     if (EvaluateBody(FunCall, First, Count, Context, Result)) return;
-    Result = Evaluate(FunCall, 0, Context);
+    Result = FunCall.EvaluateArgument(0, Context);
   }
 }
 
@@ -209,9 +195,9 @@ void TWhileFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TForEachFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"foreach",
+  SetMetaData(u"foreach",
               u"Binds the variable to each item of the list in turn and evaluates the expressions for each",
-              u"<variable-name> <list-expression> <expression>*", 2, AnyCount);
+              u"<variable-name> <list-expression> <expression>*", 2, AnyArgumentCount);
 }
 
 void TForEachFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -220,10 +206,10 @@ void TForEachFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   // name rather than its value.
   const ITavoValue& Variable = FunCall.GetArgument(0);
   String Name = TavoVariableTypes.Contains(Variable->GetDType()) ? Variable->GetAsString()
-                                                                 : Evaluate(FunCall, 0, Context)->GetAsString();
+                                                                 : FunCall.EvaluateArgument(0, Context)->GetAsString();
   if (!Name.empty() && Name[0] == u'?') Name.erase(0, 1);
   TTavoContext& Scope = ScopeOf(Context);
-  const IValueVector List = Evaluate(FunCall, 1, Context)->GetAsList();
+  const IValueVector List = FunCall.EvaluateArgument(1, Context)->GetAsList();
   const int Count = FunCall.GetArgumentCount();
   Result = FCNil;
   for (int I = 0; I < List->GetValueCount(); ++I) {
@@ -237,10 +223,10 @@ void TForEachFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 void TTryFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"try",
+  SetMetaData(u"try",
               u"Evaluates the expressions; those after \"finally\" run in any case, and those after \"catch\" or "
               u"\"except\" run after an error, whose message is in ?__ERROR",
-              u"[<expression>*] [finally [<expression>*>] [catch|except [<expression>*]]", 1, AnyCount);
+              u"[<expression>*] [finally [<expression>*>] [catch|except [<expression>*]]", 1, AnyArgumentCount);
 }
 
 void TTryFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -277,20 +263,20 @@ void TTryFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TThrowFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"throw", u"Raises an error with the given text as its message", u"<lexeme-expression>", 1, 1);
+  SetMetaData(u"throw", u"Raises an error with the given text as its message", u"<lexeme-expression>", 1, 1);
 }
 
 void TThrowFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   // A plain failure, not one of the engine's own.
-  throw EMekException(Evaluate(FunCall, 0, Context)->GetAsString());
+  throw EMekException(FunCall.EvaluateArgument(0, Context)->GetAsString());
 }
 
 // return
 
 void TReturnFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"return",
+  SetMetaData(u"return",
               u"Ends the current deffunction, loop or rule action, giving the argument's value if there is one",
               u"[<expression>]", 0, 1);
 }
@@ -307,13 +293,13 @@ void TReturnFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TBindFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"bind", u"Binds the variable to the value of the expression and returns the value",
+  SetMetaData(u"bind", u"Binds the variable to the value of the expression and returns the value",
               u"<variable> <expression>", 2, 2);
 }
 
 void TBindFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = Evaluate(FunCall, 1, Context);
+  Result = FunCall.EvaluateArgument(1, Context);
   ScopeOf(Context).SetVariable(FunCall.GetArgument(0)->GetAsString(), Result);
 }
 
@@ -321,15 +307,15 @@ void TBindFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TAndFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"and",
+  SetMetaData(u"and",
               u"Returns TRUE if no argument is FALSE; it evaluates from left to right and stops at the first FALSE",
-              u"<expression>*", 0, AnyCount);
+              u"<expression>*", 0, AnyArgumentCount);
 }
 
 void TAndFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I)
-    if (IsFalse(Evaluate(FunCall, I, Context))) {
+    if (IsFalse(FunCall.EvaluateArgument(I, Context))) {
       Result = FCFalse;
       return;
     }
@@ -338,16 +324,16 @@ void TAndFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TOrFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"or",
+  SetMetaData(u"or",
               u"Returns TRUE at the first argument that is not FALSE, evaluating from left to right, and FALSE "
               u"if there is none",
-              u"<expression>*", 0, AnyCount);
+              u"<expression>*", 0, AnyArgumentCount);
 }
 
 void TOrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I)
-    if (!IsFalse(Evaluate(FunCall, I, Context))) {
+    if (!IsFalse(FunCall.EvaluateArgument(I, Context))) {
       Result = FCTrue;
       return;
     }
@@ -356,20 +342,20 @@ void TOrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 void TNotFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"not", u"Returns TRUE if the argument is FALSE, and FALSE otherwise", u"<expression>", 1, 1);
+  SetMetaData(u"not", u"Returns TRUE if the argument is FALSE, and FALSE otherwise", u"<expression>", 1, 1);
 }
 
 void TNotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(IsFalse(Evaluate(FunCall, 0, Context)));
+  Result = BooleanValue(IsFalse(FunCall.EvaluateArgument(0, Context)));
 }
 
 // Equality and order
 
 void TEqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"eq", u"Returns TRUE if the first argument equals all the others in type and value",
-              u"<expression> <expression>+", 1, AnyCount);
+  SetMetaData(u"eq", u"Returns TRUE if the first argument equals all the others in type and value",
+              u"<expression> <expression>+", 1, AnyArgumentCount);
 }
 
 void TEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -379,9 +365,9 @@ void TEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 void TEqStarFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"eq*",
+  SetMetaData(u"eq*",
               u"Returns TRUE if the first argument equals all the others, each read as the first one's type",
-              u"<expression> <expression>+", 1, AnyCount);
+              u"<expression> <expression>+", 1, AnyArgumentCount);
 }
 
 void TEqStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -392,8 +378,8 @@ void TEqStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TNeqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"neq", u"Returns TRUE if the first argument equals none of the others in type and value",
-              u"<expression> <expression>*", 1, AnyCount);
+  SetMetaData(u"neq", u"Returns TRUE if the first argument equals none of the others in type and value",
+              u"<expression> <expression>*", 1, AnyArgumentCount);
 }
 
 void TNeqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -403,8 +389,8 @@ void TNeqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 void TEqualsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"=", u"Returns TRUE if the first argument is numerically equal to all the others",
-              u"<numeric-expression> <numeric-expression>+", 1, AnyCount);
+  SetMetaData(u"=", u"Returns TRUE if the first argument is numerically equal to all the others",
+              u"<numeric-expression> <numeric-expression>+", 1, AnyArgumentCount);
 }
 
 void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -414,8 +400,8 @@ void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TNotEqualsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"<>", u"Returns TRUE if the first argument is numerically equal to none of the others",
-              u"<numeric-expression> <numeric-expression>*", 1, AnyCount);
+  SetMetaData(u"<>", u"Returns TRUE if the first argument is numerically equal to none of the others",
+              u"<numeric-expression> <numeric-expression>*", 1, AnyArgumentCount);
 }
 
 void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -425,8 +411,8 @@ void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 void TGtFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u">", u"Returns TRUE if each argument is greater than the one after it",
-              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+  SetMetaData(u">", u"Returns TRUE if each argument is greater than the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
 }
 
 void TGtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -436,8 +422,8 @@ void TGtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 void TGtOrEqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u">=", u"Returns TRUE if each argument is greater than or equal to the one after it",
-              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+  SetMetaData(u">=", u"Returns TRUE if each argument is greater than or equal to the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
 }
 
 void TGtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -447,8 +433,8 @@ void TGtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TLtFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"<", u"Returns TRUE if each argument is less than the one after it",
-              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+  SetMetaData(u"<", u"Returns TRUE if each argument is less than the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
 }
 
 void TLtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -458,8 +444,8 @@ void TLtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 void TLtOrEqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"<=", u"Returns TRUE if each argument is less than or equal to the one after it",
-              u"<numeric-expression> <numeric-expression>+", 2, AnyCount);
+  SetMetaData(u"<=", u"Returns TRUE if each argument is less than or equal to the one after it",
+              u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
 }
 
 void TLtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -471,17 +457,17 @@ void TLtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TExtractGlobalFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"__get-var", u"Returns the value bound to the variable, or nil when it is not bound",
+  SetMetaData(u"__get-var", u"Returns the value bound to the variable, or nil when it is not bound",
               u"<variable-name>", 1, 1);
 }
 
 void TExtractGlobalFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   if (TavoVariableTypes.Contains(FunCall.GetArgument(0)->GetDType())) {
-    Result = Evaluate(FunCall, 0, Context);
+    Result = FunCall.EvaluateArgument(0, Context);
     return;
   }
-  const String Name = Evaluate(FunCall, 0, Context)->GetAsString();
+  const String Name = FunCall.EvaluateArgument(0, Context)->GetAsString();
   TBinding* Binding = Context ? Context->FindBinding(Name) : nullptr;
   Result = Binding && Binding->GetValue() ? Binding->GetValue() : FCNil;
 }
@@ -490,7 +476,7 @@ void TExtractGlobalFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
 
 void TGenSymStarFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"gensym*", u"Returns a new symbol of the form genN", u"", 0, 0);
+  SetMetaData(u"gensym*", u"Returns a new symbol of the form genN", u"", 0, 0);
 }
 
 void TGenSymStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -502,15 +488,15 @@ void TGenSymStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, IT
 
 void TStoreFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"store", u"Stores the value under the name in the engine's storage; nil removes the name",
+  SetMetaData(u"store", u"Stores the value under the name in the engine's storage; nil removes the name",
               u"<variable-name> <value>", 2, 2);
 }
 
 void TStoreFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = Evaluate(FunCall, 1, Context);
+  Result = FunCall.EvaluateArgument(1, Context);
   if (Result == FCNil) Result.Reset();
-  const String Name = Evaluate(FunCall, 0, Context)->GetAsString();
+  const String Name = FunCall.EvaluateArgument(0, Context)->GetAsString();
   TEngineVariables& Storage = *EngineOf(FunCall, Context).GetStorage();
   if (Result)
     Storage.AddOrSetValue(Name, Result);
@@ -520,19 +506,19 @@ void TStoreFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TFetchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"fetch", u"Returns the value stored under the name, or nil when there is none",
+  SetMetaData(u"fetch", u"Returns the value stored under the name, or nil when there is none",
               u"<lexeme-expression>", 1, 1);
 }
 
 void TFetchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String Name = Evaluate(FunCall, 0, Context)->GetAsString();
+  const String Name = FunCall.EvaluateArgument(0, Context)->GetAsString();
   if (!EngineOf(FunCall, Context).GetStorage()->TryGetValue(Name, Result) || !Result) Result = FCNil;
 }
 
 void TClearStorageFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"clear-storage", u"Removes every value from the engine's storage", u"", 0, 0);
+  SetMetaData(u"clear-storage", u"Removes every value from the engine's storage", u"", 0, 0);
 }
 
 void TClearStorageFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -544,7 +530,7 @@ void TClearStorageFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
 
 void TRunFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"run",
+  SetMetaData(u"run",
               u"Fires rules until the agenda is empty, halt is called, or the given number of rules have fired, "
               u"and returns the number fired",
               u"[<integer-expression>]", 0, 1);
@@ -554,13 +540,13 @@ void TRunFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
   const int Fired =
-      FunCall.GetArgumentCount() > 0 ? Engine.Run(Evaluate(FunCall, 0, Context)->GetAsInteger()) : Engine.Run();
+      FunCall.GetArgumentCount() > 0 ? Engine.Run(FunCall.EvaluateArgument(0, Context)->GetAsInteger()) : Engine.Run();
   Result = Make<TTavoValue>(int32_t(Fired), dtInteger);
 }
 
 void THaltFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"halt", u"Stops the firing of rules once the current rule has finished", u"", 0, 0);
+  SetMetaData(u"halt", u"Stops the firing of rules once the current rule has finished", u"", 0, 0);
 }
 
 void THaltFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -571,7 +557,7 @@ void THaltFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TExitFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"exit", u"Ends the execution at once and without a message", u"", 0, 0);
+  SetMetaData(u"exit", u"Ends the execution at once and without a message", u"", 0, 0);
 }
 
 void TExitFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -582,7 +568,7 @@ void TExitFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TVersionFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"version", u"Returns the version of the engine", u"", 0, 0);
+  SetMetaData(u"version", u"Returns the version of the engine", u"", 0, 0);
 }
 
 void TVersionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -594,12 +580,12 @@ void TVersionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 void TWatchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"watch", u"Turns on the trace of the given kind of event", SWatchSyntax, 1, 1);
+  SetMetaData(u"watch", u"Turns on the trace of the given kind of event", SWatchSyntax, 1, 1);
 }
 
 void TWatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String Word = Evaluate(FunCall, 0, Context)->GetAsString();
+  const String Word = FunCall.EvaluateArgument(0, Context)->GetAsString();
   TConstructWatches Watches;
   if (!WatchesOf(Word, Watches)) throw ETavoException(Format(SCannotWatch, Word));
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
@@ -609,12 +595,12 @@ void TWatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TUnwatchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"unwatch", u"Turns off the trace of the given kind of event", SWatchSyntax, 1, 1);
+  SetMetaData(u"unwatch", u"Turns off the trace of the given kind of event", SWatchSyntax, 1, 1);
 }
 
 void TUnwatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String Word = Evaluate(FunCall, 0, Context)->GetAsString();
+  const String Word = FunCall.EvaluateArgument(0, Context)->GetAsString();
   TConstructWatches Watches;
   if (!WatchesOf(Word, Watches)) throw ETavoException(Format(SCannotUnWatch, Word));
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
@@ -626,9 +612,9 @@ void TUnwatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 void TPrintOutFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"printout",
+  SetMetaData(u"printout",
               u"Prints the expressions to the logical name without separators; the atom crlf starts a new line",
-              u"<logical-name> <expression>*", 0, AnyCount);
+              u"<logical-name> <expression>*", 0, AnyArgumentCount);
 }
 
 void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -636,10 +622,10 @@ void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = FCNil;
   const int Count = FunCall.GetArgumentCount();
   if (Count == 0) return;
-  const String OutID = Evaluate(FunCall, 0, Context)->GetAsString();
+  const String OutID = FunCall.EvaluateArgument(0, Context)->GetAsString();
   // A local buffer, not a field: an argument may itself call printout.
   String Text;
-  for (int I = 1; I < Count; ++I) AppendPrintText(Text, Evaluate(FunCall, I, Context));
+  for (int I = 1; I < Count; ++I) AppendPrintText(Text, FunCall.EvaluateArgument(I, Context));
   EngineOf(FunCall, Context).PrintOut(OutID, Text);
 }
 
@@ -647,7 +633,7 @@ void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
 
 void TResetFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"reset", u"Resets the expert system: facts cleared, the initial fact asserted, globals bound anew",
+  SetMetaData(u"reset", u"Resets the expert system: facts cleared, the initial fact asserted, globals bound anew",
               u"", 0, 0);
 }
 
@@ -659,7 +645,7 @@ void TResetFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TClearFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"clear", u"Removes all knowledge but the built-in functions and the globals", u"", 0, 0);
+  SetMetaData(u"clear", u"Removes all knowledge but the built-in functions and the globals", u"", 0, 0);
 }
 
 void TClearFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -672,16 +658,16 @@ void TClearFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 void TFormatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"format", u"Formats the expressions by the control string and prints the text unless the logical name is nil",
-              u"<logical-name> <string-expression> <expression>*", 2, AnyCount);
+  SetMetaData(u"format", u"Formats the expressions by the control string and prints the text unless the logical name is nil",
+              u"<logical-name> <string-expression> <expression>*", 2, AnyArgumentCount);
 }
 
 void TFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  ITavoValue OutID = Evaluate(FunCall, 0, Context);
-  String Control = Evaluate(FunCall, 1, Context)->GetAsString();
+  ITavoValue OutID = FunCall.EvaluateArgument(0, Context);
+  String Control = FunCall.EvaluateArgument(1, Context)->GetAsString();
   IValueVector Items = Make<TValueVector>();
-  for (int I = 2; I < FunCall.GetArgumentCount(); ++I) Items->Add(Evaluate(FunCall, I, Context));
+  for (int I = 2; I < FunCall.GetArgumentCount(); ++I) Items->Add(FunCall.EvaluateArgument(I, Context));
   String Text = CLIPSFormat(Control, Items);
   if (!OutID->Equals(FCNil)) EngineOf(FunCall, Context).PrintOut(OutID->GetAsString(), Text);
   Result = Make<TTavoValue>(Text, dtString);
@@ -690,14 +676,14 @@ void TFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 namespace {
 
 String InputName(TFunctionCall& FunCall, TTavoContext* Context) {
-  return FunCall.GetArgumentCount() > 0 ? Evaluate(FunCall, 0, Context)->GetAsString() : String(u"t");
+  return FunCall.GetArgumentCount() > 0 ? FunCall.EvaluateArgument(0, Context)->GetAsString() : String(u"t");
 }
 
 }  // namespace
 
 void TReadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"read", u"Reads one token from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
+  SetMetaData(u"read", u"Reads one token from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
 }
 
 void TReadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -707,7 +693,7 @@ void TReadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 void TReadLineFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(*this, u"readline", u"Reads one line from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
+  SetMetaData(u"readline", u"Reads one line from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
 }
 
 void TReadLineFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {

@@ -6,25 +6,11 @@ namespace tavo {
 
 namespace {
 
-constexpr int Unlimited = 2147483647;
 
-void Describe(TTavoUserFunction& Function, const char16_t* Name, const char16_t* Comment,
-              const char16_t* Arguments, int Min, int Max) {
-  Function.SetFunctionName(Name);
-  Function.SetComment(Format(CommentFormat, Comment));
-  Function.SetArgumentString(Arguments);
-  Function.SetMinArgumentCount(Min);
-  Function.SetMaxArgumentCount(Max);
-}
 
-// An argument evaluated; a call that gave nothing reads as nil.
-ITavoValue Argument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  ITavoValue Value = FunCall.GetArgument(Index)->Resolve(Context);
-  return Value ? Value : FCNil;
-}
 
 String StringArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  return Argument(FunCall, Index, Context)->GetAsString();
+  return FunCall.EvaluateArgument(Index, Context)->GetAsString();
 }
 
 String JoinArguments(TFunctionCall& FunCall, TTavoContext* Context) {
@@ -116,8 +102,8 @@ String CLIPSFormat(const String& Control, const IValueVector& Items) {
 
 void TStrFormatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"str-format", u"Returns the control string with its conversions filled by the other arguments",
-           u"<string-expression> <expression>+", 2, Unlimited);
+  SetMetaData(u"str-format", u"Returns the control string with its conversions filled by the other arguments",
+           u"<string-expression> <expression>+", 2, AnyArgumentCount);
 }
 
 void TStrFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -125,13 +111,13 @@ void TStrFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   String Control = StringArgument(FunCall, 0, Context);
   IValueVector Items = Make<TValueVector>();
   Items->Reserve(FunCall.GetArgumentCount() - 1);
-  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) Items->Add(Argument(FunCall, I, Context));
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) Items->Add(FunCall.EvaluateArgument(I, Context));
   Result = Make<TTavoValue>(CLIPSFormat(Control, Items), dtString);
 }
 
 void TSymCatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"sym-cat", u"Returns a symbol of its arguments joined", u" <expression>*", 0, Unlimited);
+  SetMetaData(u"sym-cat", u"Returns a symbol of its arguments joined", u" <expression>*", 0, AnyArgumentCount);
 }
 
 void TSymCatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -141,18 +127,18 @@ void TSymCatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TLowerCaseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"lowcase", u"Returns its argument in lower case", u" <string-or-symbol-expression>", 1, 1);
+  SetMetaData(u"lowcase", u"Returns its argument in lower case", u" <string-or-symbol-expression>", 1, 1);
 }
 
 void TLowerCaseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  ITavoValue Value = Argument(FunCall, 0, Context);
+  ITavoValue Value = FunCall.EvaluateArgument(0, Context);
   Result = SameKind(Value, LowerCase(Value->GetAsString()));
 }
 
 void TStrCatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"str-cat", u"Returns a string of its arguments joined", u" <lexeme-expression>*", 0, Unlimited);
+  SetMetaData(u"str-cat", u"Returns a string of its arguments joined", u" <lexeme-expression>*", 0, AnyArgumentCount);
 }
 
 void TStrCatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -162,7 +148,7 @@ void TStrCatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 void TStrCompFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"str-compare",
+  SetMetaData(u"str-compare",
            u"Returns a negative integer, 0 or a positive integer as the first argument sorts before, with or "
            u"after the second, case-sensitive",
            u" <lexeme-expression> <lexeme-expression>", 2, 2);
@@ -177,7 +163,7 @@ void TStrCompFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 void TStrIndexFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"str-index",
+  SetMetaData(u"str-index",
            u"Returns the position, counted from 1, of the first argument inside the second, or FALSE",
            u" <lexeme-expression> <lexeme-expression>", 2, 2);
 }
@@ -193,7 +179,7 @@ void TStrIndexFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
 
 void TStrLengthFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"str-length", u"Returns the number of characters of its argument", u" <lexeme-expression>", 1,
+  SetMetaData(u"str-length", u"Returns the number of characters of its argument", u" <lexeme-expression>", 1,
            1);
 }
 
@@ -204,15 +190,15 @@ void TStrLengthFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 void TSubStringFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"sub-string",
+  SetMetaData(u"sub-string",
            u"Returns the characters of the text from the start to the end position, both counted from 1",
            u" <start-integer-expression> <end-integer-expression> <lexeme-expression>", 3, 3);
 }
 
 void TSubStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  int32_t Start = Argument(FunCall, 0, Context)->GetAsInteger();
-  int32_t End = Argument(FunCall, 1, Context)->GetAsInteger();
+  int32_t Start = FunCall.EvaluateArgument(0, Context)->GetAsInteger();
+  int32_t End = FunCall.EvaluateArgument(1, Context)->GetAsInteger();
   String Text = StringArgument(FunCall, 2, Context);
   // 32-bit arithmetic: far-apart positions wrap rather than overflow.
   int32_t Count = int32_t(uint32_t(End) - uint32_t(Start) + 1u);
@@ -223,12 +209,12 @@ void TSubStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 void TUpperCaseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  Describe(*this, u"upcase", u"Returns its argument in upper case", u" <lexeme-expression>", 1, 1);
+  SetMetaData(u"upcase", u"Returns its argument in upper case", u" <lexeme-expression>", 1, 1);
 }
 
 void TUpperCaseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  ITavoValue Value = Argument(FunCall, 0, Context);
+  ITavoValue Value = FunCall.EvaluateArgument(0, Context);
   Result = SameKind(Value, UpperCase(Value->GetAsString()));
 }
 
