@@ -286,6 +286,29 @@ bool TTavoClipsParser::Parse(bool Execute) {
   return true;
 }
 
+bool TTavoClipsParser::NameTaken(StringView Keyword, const String& Name) const {
+  if (!FOwner) return false;
+  if (Keyword == u"deftype") return bool(FOwner->FindDefinedType(Name));
+  if (Keyword == u"deftemplate") return bool(FOwner->FindFactTemplate(Name));
+  if (Keyword == u"deffunction") return bool(FOwner->GetUserFunction(Name));
+  if (Keyword == u"defmodule") return FOwner->GetModules().IndexOf(Name) >= 0;
+  // Fact sets and rules join as their collections arrive; defglobal and
+  // term are never renamed.
+  return false;
+}
+
+IStreamToken TTavoClipsParser::FinishHeader(String& Name, String& Comment, bool HasComment, StringView Keyword) {
+  if (FAutoRenameCopy)
+    while (NameTaken(Keyword, Name)) Name = RenameCopy(Name);
+  Comment.clear();
+  IStreamToken Token = Next();
+  if (HasComment && Token->GetDataType() == dtString) {
+    Comment = Token->GetText();
+    Token = Next();
+  }
+  return Token;
+}
+
 IStreamToken TTavoClipsParser::ParseHeader(String& Name, String& Comment, bool HasComment, StringView Where,
                                            StringView Message, StringView Keyword) {
   IStreamToken Open = Next();
@@ -295,15 +318,48 @@ IStreamToken TTavoClipsParser::ParseHeader(String& Name, String& Comment, bool H
   IStreamToken NameToken = Next();
   if (NameToken->GetDataType() != dtAtom) ParseError(Where, SMissingName);
   Name = NameToken->GetText();
-  if (FAutoRenameCopy && FOwner && Keyword == u"deffunction")
-    while (FOwner->GetUserFunction(Name)) Name = RenameCopy(Name);
-  Comment.clear();
-  IStreamToken Token = Next();
-  if (HasComment && Token->GetDataType() == dtString) {
-    Comment = Token->GetText();
-    Token = Next();
+  return FinishHeader(Name, Comment, HasComment, Keyword);
+}
+
+IStreamToken TTavoClipsParser::ParseHeader(String& Name, String& Module, String& Comment, bool HasComment,
+                                           StringView Where, StringView Message, StringView Keyword) {
+  IStreamToken Open = Next();
+  IStreamToken Word = Next();
+  if (Open->GetDataType() != KindOpen || Word->GetDataType() != dtAtom || Word->GetText() != Keyword)
+    ParseError(Where, Message);
+  Name = ParseFullName(Module);
+  if (FOwner) {
+    const IModule& Current = FOwner->GetCurrentModule();
+    String CurrentName = Current ? Current->GetName() : String();
+    if (FIgnoreModuleQualifier || Module.empty())
+      Module = CurrentName;
+    else if (Module != CurrentName)
+      FOwner->SetCurrentModule(FOwner->GetModules().GetModule(Module));
   }
-  return Token;
+  return FinishHeader(Name, Comment, HasComment, Keyword);
+}
+
+String TTavoClipsParser::GenerateVarName(int Index, const IFactTemplate&, const String& Prefix, const IFactSlot& Slot) {
+  String Name = Prefix;
+  if (Slot) Name += Slot->GetName();
+  if (Index > 0) Name += IntToStr(Index);
+  return Name;
+}
+
+ITavoValue TTavoClipsParser::GenerateVariable(const TStrings* Names, const IFactTemplate& Template, bool Unique,
+                                              const String& SlotName, const String& Prefix) {
+  IFactSlot Slot;
+  if (!SlotName.empty() && Template) Slot = Template->GetSlot(SlotName);
+  int Index = 0;
+  String Name = GenerateVarName(Index, Template, Prefix, Slot);
+  while (Unique && Names && Names->IndexOf(Name) >= 0)
+    Name = GenerateVarName(++Index, Template, Template ? Template->GetTemplateName() : Prefix, Slot);
+  return Make<TTavoValue>(Name, dtVariable);
+}
+
+ITavoValue TTavoClipsParser::GenerateVariable(const TStrings* Names, const IFactTemplate& Template, bool Unique,
+                                              const String& SlotName) {
+  return GenerateVariable(Names, Template, Unique, SlotName, Template ? Template->GetTemplateName() : String());
 }
 
 // Values.

@@ -50,6 +50,17 @@ class TTavoClipsParser : public TTavoParser {
   void SetSlotFunctionStart(StringView Name, int Value);
   void SetSlotFunctionEnd(StringView Name, int Value);
 
+  // Generated variable names: the prefix, the slot's name when a slot is
+  // given, and the index when above 0.
+  virtual String GenerateVarName(int Index, const IFactTemplate& Template, const String& Prefix,
+                                 const IFactSlot& Slot);
+  // A variable whose name is not in Names (while Unique): from index 1 on,
+  // the template's name stands in for the prefix.
+  ITavoValue GenerateVariable(const TStrings* Names, const IFactTemplate& Template, bool Unique,
+                              const String& SlotName, const String& Prefix);
+  ITavoValue GenerateVariable(const TStrings* Names, const IFactTemplate& Template, bool Unique,
+                              const String& SlotName);
+
   // "(name arguments)" of a function's syntax.
   static String GetSyntaxStatement(const IUserFunction& Function);
   String GenerateSymbol(const String& Prefix);
@@ -69,6 +80,10 @@ class TTavoClipsParser : public TTavoParser {
   // "(" keyword name [comment]; gives the token that follows, unconsumed.
   IStreamToken ParseHeader(String& Name, String& Comment, bool HasComment, StringView Where,
                            StringView Message, StringView Keyword);
+  // The same with a module-qualified name: a qualifier makes its module the
+  // current one for all that follows.
+  IStreamToken ParseHeader(String& Name, String& Module, String& Comment, bool HasComment, StringView Where,
+                           StringView Message, StringView Keyword);
 
  private:
   TTavoClipsStream& Stream() const;
@@ -81,6 +96,8 @@ class TTavoClipsParser : public TTavoParser {
   ITavoValue CheckedValue(ITavoValue Value, TTavoTypes Types, const ITavoDefinedType& DefinedType);
   // Constructs whose grammar is not read yet fail with a clear message.
   [[noreturn]] void NotYet(StringView Keyword);
+  IStreamToken FinishHeader(String& Name, String& Comment, bool HasComment, StringView Keyword);
+  bool NameTaken(StringView Keyword, const String& Name) const;
 
   TStringList<TSlotArgRecord> FSlotFunctions;
   // Nesting of the recursive productions; a limit keeps the stack safe.

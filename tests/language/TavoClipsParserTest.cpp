@@ -174,3 +174,60 @@ TEST(TavoClipsParserTest, EngineReadsSingleProductionsFromText) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+// Opens the header reading of the parser to the test.
+class THeaderParser : public TTavoClipsParser {
+ public:
+  using TTavoClipsParser::ParseHeader;
+  using TTavoClipsParser::TTavoClipsParser;
+};
+
+TEST(TavoClipsParserTest, HeadersMoveTheModuleAndRenameCopies) {
+  TInferenceEngine Engine;
+  IModule Other = Make<TModule>(&Engine);
+  Other->SetName(u"OTHER");
+  Engine.AddModule(Other);
+  THeaderParser Parser(&Engine);
+  TTavoClipsStream Stream(String(u"(deftemplate OTHER::t \"about t\" (slot x)) (deftemplate NOWHERE::t)"), &Engine);
+  Parser.SetStream(&Stream);
+  String Name, Module, Comment;
+  IStreamToken After = Parser.ParseHeader(Name, Module, Comment, true, u"ParseFactTemplate", SExpectedDefTemplate,
+                                          u"deftemplate");
+  EXPECT_EQ(Name, u"t");
+  EXPECT_EQ(Module, u"OTHER");
+  EXPECT_EQ(Comment, u"about t");
+  EXPECT_EQ(After->GetDataType(), u'(');
+  EXPECT_EQ(Engine.GetCurrentModule(), Other) << "a qualified name moves the current module";
+  Parser.Clear();
+  EXPECT_NE(FailureOf([&] {
+              Parser.ParseHeader(Name, Module, Comment, true, u"ParseFactTemplate", SExpectedDefTemplate, u"deftemplate");
+            }).find(u"No such module with name=NOWHERE exists"),
+            String::npos);
+  // With renaming on, a taken name becomes a copy's name.
+  Engine.SetCurrentModule(Engine.GetModules().Get(0));
+  Engine.Parse(u"(deffunction f () 1)");
+  Parser.FAutoRenameCopy = true;
+  TTavoClipsStream Again(String(u"(deffunction f ())"), &Engine);
+  Parser.SetStream(&Again);
+  Parser.ParseHeader(Name, Comment, true, u"ParseFunction", SExpectedDefFunction, u"deffunction");
+  EXPECT_EQ(Name, u"f-copy");
+  Parser.SetStream(nullptr);
+}
+
+TEST(TavoClipsParserTest, GeneratedVariablesAvoidTakenNames) {
+  TInferenceEngine Engine;
+  TTavoClipsParser Parser(&Engine);
+  IFactTemplate Person = Engine.CreateFactTemplate(u"person");
+  TStringList<int> Taken;
+  EXPECT_EQ(Parser.GenerateVariable(&Taken, Person, true, String(), u"?v")->GetToString(), u"??v");
+  Taken.Add(u"?v");
+  EXPECT_EQ(Parser.GenerateVariable(&Taken, Person, true, String(), u"?v")->GetToString(), u"?person1")
+      << "from index 1 the template's name stands in for the prefix";
+  EXPECT_EQ(Parser.GenerateVariable(&Taken, Person, true, SDefaultSlotName, u"x")->GetToString(), u"?x__Data");
+}
+
+}  // namespace
+}  // namespace tavo
