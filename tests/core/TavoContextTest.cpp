@@ -9,8 +9,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Var(const char16_t* Name) { return Make<TTavoValue>(String(Name), dtVariable); }
+using namespace testvalues;
 
 TEST(TavoContextTest, BindingsReachUpTheChainAsEachOperationSays) {
   TTavoContext Root;

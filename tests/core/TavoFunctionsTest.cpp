@@ -10,8 +10,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Var(const char16_t* Name) { return Make<TTavoValue>(String(Name), dtVariable); }
+using namespace testvalues;
 
 // Adds its arguments; remembers how often it ran.
 class TSumFunction : public TTavoUserFunction {

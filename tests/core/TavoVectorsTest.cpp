@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/TestSupport.h"
+
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
+using namespace testvalues;
+
 IValueVector Vector(std::initializer_list<ITavoValue> Items) {
   IValueVector Result = Make<TValueVector>();
   for (const ITavoValue& Item : Items) Result->Add(Item);

@@ -7,7 +7,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
+using namespace testvalues;
 
 IFact OrderedFact(TInferenceEngine& Engine, const char16_t* Name, std::initializer_list<int> Items) {
   IFactTemplate T = Engine.CreateFactTemplate(Name);

@@ -8,15 +8,8 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Flt(double V) { return Make<TTavoValue>(V); }
-ITavoValue Atom(const char16_t* S) { return Make<TTavoValue>(String(S), dtAtom); }
-ITavoValue Str(const char16_t* S) { return Make<TTavoValue>(String(S), dtString); }
-ITavoValue List(std::initializer_list<ITavoValue> Items) {
-  IValueVector Vector = Make<TValueVector>();
-  for (const ITavoValue& Item : Items) Vector->Add(Item);
-  return Make<TTavoValue>(Vector);
-}
+using namespace testvalues;
+
 ITavoDefinedType NewType(const char16_t* Name) {
   ITavoDefinedType Type = Make<TTavoDefinedType>();
   Type->SetName(Name);

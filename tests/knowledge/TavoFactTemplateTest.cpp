@@ -9,8 +9,8 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Atom(const char16_t* S) { return Make<TTavoValue>(String(S), dtAtom); }
+using namespace testvalues;
+
 ITavoValue EmptyList() { return FCNilList->CloneValue(); }
 
 String Names(const IFactTemplate& T) {

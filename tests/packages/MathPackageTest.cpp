@@ -11,9 +11,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Flt(double V) { return Make<TTavoValue>(V); }
-ITavoValue Str(const char16_t* V) { return Make<TTavoValue>(String(V), dtString); }
+using namespace testvalues;
 
 // The type and the printed form in one text, so that 3 and 3.0 differ.
 String Typed(const ITavoValue& V) { return GetTavoTypeName(V->GetDType()) + u" " + V->ToString(); }

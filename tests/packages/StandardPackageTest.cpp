@@ -8,17 +8,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Flt(double V) { return Make<TTavoValue>(V); }
-ITavoValue Atom(const char16_t* Text) { return Make<TTavoValue>(String(Text), dtAtom); }
-ITavoValue Str(const char16_t* Text) { return Make<TTavoValue>(String(Text), dtString); }
-ITavoValue Var(const char16_t* Name) { return Make<TTavoValue>(String(Name), dtVariable); }
-
-ITavoValue List(std::initializer_list<ITavoValue> Items) {
-  IValueVector Vector = Make<TValueVector>();
-  for (const ITavoValue& Item : Items) Vector->Add(Item);
-  return Make<TTavoValue>(Vector);
-}
+using namespace testvalues;
 
 // An engine with the package installed, a root context, and calls built
 // from values and nested calls.

@@ -8,10 +8,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
-ITavoValue Flt(double V) { return Make<TTavoValue>(V); }
-ITavoValue Str(const char16_t* V) { return Make<TTavoValue>(String(V), dtString); }
-ITavoValue Atom(const char16_t* V) { return Make<TTavoValue>(String(V), dtAtom); }
+using namespace testvalues;
 
 String Typed(const ITavoValue& V) { return GetTavoTypeName(V->GetDType()) + u" " + V->ToString(); }
 

@@ -8,7 +8,7 @@
 namespace tavo {
 namespace {
 
-ITavoValue Int(int32_t V) { return Make<TTavoValue>(V, dtInteger); }
+using namespace testvalues;
 
 ITavoValue CallIn(TInferenceEngine& Engine, const char16_t* Name, std::initializer_list<ITavoValue> Arguments) {
   IFunCall Call = Make<TFunctionCall>(&Engine, Name);
