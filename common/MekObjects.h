@@ -93,13 +93,24 @@ class TCounted : public Base {
  public:
   using Base::Base;
 
-  void AddReference() const noexcept { FRefCount.fetch_add(1, std::memory_order_relaxed); }
+  // An immortal object is never counted: its count is negative for good.
+  // The plain load first keeps shared constants free of atomic traffic.
+  void AddReference() const noexcept {
+    if (FRefCount.load(std::memory_order_relaxed) >= 0) FRefCount.fetch_add(1, std::memory_order_relaxed);
+  }
   void ReleaseReference() const noexcept {
-    if (FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    if (FRefCount.load(std::memory_order_relaxed) >= 0 &&
+        FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1)
+      delete this;
   }
   int32_t RefCount() const noexcept { return FRefCount.load(std::memory_order_relaxed); }
+  // Makes the object live as long as the process: no reference counts it
+  // or frees it from now on.
+  void MakeImmortal() const noexcept { FRefCount.store(ImmortalCount, std::memory_order_relaxed); }
+  bool IsImmortal() const noexcept { return FRefCount.load(std::memory_order_relaxed) < 0; }
 
  private:
+  static constexpr int32_t ImmortalCount = INT32_MIN / 2;
   mutable std::atomic<int32_t> FRefCount{0};
 };
 
@@ -197,6 +208,13 @@ class TCloneableObject : public TCounted<TPersistent> {
   virtual void SetTag(intptr_t Value) { FTag = Value; }
 
  protected:
+  // Four bytes that would otherwise be padding behind the count: a derived
+  // class packs small state of its own here (a value keeps its tag in them).
+  struct TPackedBits {
+    uint8_t Kind = 0;
+    uint8_t Flags = 0;
+    uint16_t Index = 0;
+  } FPacked;
   intptr_t FTag = 0;
 };
 

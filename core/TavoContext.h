@@ -2,6 +2,9 @@
 // pending return, and the fact and token that pattern tests look at.
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include "common/MekHashTables.h"
 #include "core/TavoVectors.h"
 
@@ -38,17 +41,19 @@ class TBindingInfo : public TPersistent {
 };
 
 // A named value in a context; with coordinates instead of a value, where a
-// rule's variable lies in its token.
+// rule's variable lies in its token. The name is an interned text, so that
+// a variable finds its binding by one comparison.
 class TBinding : public TBindingInfo {
   TAVO_CLASS(TBinding, TBindingInfo)
  public:
   TBinding() = default;
-  TBinding(String Name, int FactIndex, String SlotIndex, int SubIndex)
-      : TBindingInfo(FactIndex, std::move(SlotIndex), SubIndex), FName(std::move(Name)) {}
-  TBinding(String Name, ITavoValue Value)
-      : TBindingInfo(LocalBindingIndex, SLocalBinding, NoSubIndex), FValue(std::move(Value)), FName(std::move(Name)) {}
+  TBinding(StringView Name, int FactIndex, String SlotIndex, int SubIndex)
+      : TBindingInfo(FactIndex, std::move(SlotIndex), SubIndex), FName(InternName(Name)) {}
+  TBinding(StringView Name, ITavoValue Value)
+      : TBindingInfo(LocalBindingIndex, SLocalBinding, NoSubIndex), FValue(std::move(Value)), FName(InternName(Name)) {}
 
-  const String& GetName() const { return FName; }
+  StringView GetName() const { return FName.View(); }
+  TSharedText* GetNameText() const { return FName.Get(); }
   const ITavoValue& GetValue() const { return FValue; }
   void SetValue(ITavoValue Value) { FValue = std::move(Value); }
 
@@ -56,9 +61,30 @@ class TBinding : public TBindingInfo {
   String ToString() const override;
 
  private:
+  friend class TTavoContext;
+  static TSharedTextRef InternName(StringView Name) { return TSharedTextRef::Adopt(TSharedText::Intern(Name)); }
+
   ITavoValue FValue;
-  String FName;
+  TSharedTextRef FName;
 };
+
+// The slot names of a deffunction's frame: its parameters, then the
+// variables its body binds, each an interned text. Variables of the body
+// carry their position here as a hint.
+class TFrameLayout {
+ public:
+  // The position of Name, added when new; -1 when the frame is full.
+  int Add(StringView Name);
+  int IndexOf(StringView Name) const;
+  int Count() const { return int(FNames.size()); }
+  TSharedText* GetName(int Index) const { return FNames[size_t(Index)].Get(); }
+  void Clear() { FNames.clear(); }
+
+ private:
+  std::vector<TSharedTextRef> FNames;
+};
+
+class TFramePool;
 
 enum TTableNotification { tnAdded, tnDeleted, tnCleared };
 
@@ -101,32 +127,52 @@ class TContextToken : public TCloneableObject {
 };
 using IContextToken = TRef<TContextToken>;
 
+// A scope of evaluation. Scopes live on the machine stack or come from
+// Push; a deffunction's scope is a frame whose bindings are taken by
+// position from a pool that the root of the chain owns, so that a call
+// allocates nothing. Named bindings of any other name go into a table made
+// the first time one is added.
 class TTavoContext : public TPersistent {
   TAVO_CLASS(TTavoContext, TPersistent)
  public:
   TTavoContext(TTavoContext* Parent = nullptr, IReasoner* Engine = nullptr);
   ~TTavoContext() override;
+  TTavoContext(const TTavoContext&) = delete;
+  TTavoContext& operator=(const TTavoContext&) = delete;
 
   IReasoner* GetEngine() const { return FEngine; }
   TTavoContext* GetParent() const { return FParent; }
-  const TBindings& GetBindings() const { return FBindings; }
+  // The named bindings of this scope, frame slots aside.
+  const TBindings& GetBindings() const;
+
+  // Makes this scope the frame of Layout: one empty binding for each of its
+  // names. Closed by the destructor.
+  void OpenFrame(const TFrameLayout& Layout);
+  int GetFrameCount() const { return FFrameCount; }
+  TBinding& GetFrameBinding(int Index) const { return FFrame[Index]; }
 
   // The first scope up the chain that holds the name wins; null if none.
   TBinding* FindBinding(StringView Name) const;
+  // The value bound to a variable value (dtVariable or dtMultiVariable),
+  // through its frame hint when that names this scope's slot; null when
+  // nothing holds the name.
+  const ITavoValue* FindVariable(const TTavoValue& Variable) const;
+  // bind of a variable value: SetVariable by its name, through its hint.
+  void BindVariable(const TTavoValue& Variable, const ITavoValue& Value);
   // Looks only in the root of the chain.
   TBinding* FindGlobalBinding(StringView Name) const;
   // The bound value; "Unknown variable name: %s" when nothing holds it.
   const ITavoValue& GetVariable(StringView Name) const;
   // Replaces the value in this scope's own binding, else AddBinding.
-  virtual void SetVariable(const String& Name, const ITavoValue& Value);
+  virtual void SetVariable(StringView Name, const ITavoValue& Value);
   // Changes the binding wherever it lies up the chain, so that bind in a
   // child changes the parent's variable; a new name goes into this scope.
-  virtual void AddBinding(const String& Name, const ITavoValue& Value);
+  virtual void AddBinding(StringView Name, const ITavoValue& Value);
   // Frees any binding of the name up the chain and stores coordinates here.
-  virtual void AddBinding(const String& Name, int FactIndex, const String& SlotName, int SubIndex);
-  virtual void AddGlobalBinding(const String& Name, const ITavoValue& Value);
+  virtual void AddBinding(StringView Name, int FactIndex, const String& SlotName, int SubIndex);
+  virtual void AddGlobalBinding(StringView Name, const ITavoValue& Value);
   // Always a new binding here, hiding any outer one.
-  virtual void AddLocalBinding(const String& Name, const ITavoValue& Value);
+  virtual void AddLocalBinding(StringView Name, const ITavoValue& Value);
 
   bool GetReturning() const { return FReturning; }
   const ITavoValue& GetReturnValue() const { return FReturnValue; }
@@ -167,11 +213,26 @@ class TTavoContext : public TPersistent {
   ITavoValue ResolveBindingInfo(const TBindingInfo& Info) const;
 
  private:
+  // This scope's own binding of the name: a bound frame slot or a named
+  // binding; null if none.
+  TBinding* OwnBinding(StringView Name) const;
+  // The frame slot of the name, bound or not; null if the frame lacks it.
+  TBinding* FrameSlot(StringView Name) const;
+  TBindings& Bindings();
+  TFramePool& Pool();
+
   bool FReturning = false;
   ITavoValue FReturnValue;
   IReasoner* FEngine;
-  TBindings FBindings;
+  std::unique_ptr<TBindings> FBindings;
   TTavoContext* FParent;
+  TTavoContext* FRoot;
+  // Frame slots, from the root's pool.
+  TBinding* FFrame = nullptr;
+  int FFrameCount = 0;
+  int FSavedChunk = 0;
+  int FSavedUsed = 0;
+  std::unique_ptr<TFramePool> FPool;
   IContextFact FFact;
   IContextToken FToken;
 };

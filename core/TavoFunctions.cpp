@@ -86,12 +86,16 @@ void TTavoUserFunction::ReasonerNotification(IReasoner* Reasoner, TReasonerActio
 }
 
 void TTavoUserFunction::Call(const IFunCall& FunCall, TObject* Context, ITavoValue& Result) {
-  int Count = FunCall->GetArgumentCount();
-  if (Count < FMinArgumentCount) throw ETavoException(Format(STooFewArgs, FFunctionName));
-  if (Count > FMaxArgumentCount) throw ETavoException(Format(STooManyArgs, FFunctionName));
   TTavoContext* Scope = dynamic_cast<TTavoContext*>(Context);
   if (Context && !Scope) throw EMekException(SIntfCastError);
-  Call(*FunCall, Scope, Result);
+  CallChecked(*FunCall, Scope, Result);
+}
+
+void TTavoUserFunction::CallChecked(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  int Count = FunCall.GetArgumentCount();
+  if (Count < FMinArgumentCount) throw ETavoException(Format(STooFewArgs, FFunctionName));
+  if (Count > FMaxArgumentCount) throw ETavoException(Format(STooManyArgs, FFunctionName));
+  Call(FunCall, Context, Result);
 }
 
 void TTavoUserFunction::Call(TFunctionCall&, TTavoContext*, ITavoValue& Result) { Result.Reset(); }
@@ -139,11 +143,6 @@ int TFunctionCall::AddArgument(const String& Value, TTavoType Type) {
   return FArguments.Add(Make<TTavoValue>(Value, Type));
 }
 
-ITavoValue TFunctionCall::EvaluateArgument(int Index, TTavoContext* Context) const {
-  ITavoValue Value = GetArgument(Index)->Resolve(Context);
-  return Value ? Value : FCNil;
-}
-
 void TFunctionCall::SetUserFunction(const IUserFunction& Function) {
   FUserFunction = Function;
   FName = Function ? Function->GetFunctionName() : String();
@@ -153,7 +152,7 @@ namespace {
 
 void UnbindValue(const ITavoValue& Value) {
   if (Value && Value->GetDType() == dtFunCall)
-    if (auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface.Get())) Call->Unbind();
+    if (auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface)) Call->Unbind();
 }
 
 }  // namespace
@@ -165,50 +164,6 @@ void TFunctionCall::Unbind() {
 
 void TInterpretedFunction::UnbindCalls() {
   for (const ITavoValue& Statement : FStatements) UnbindValue(Statement);
-}
-
-namespace {
-
-// Nesting of calls being executed on this thread; a limit turns runaway
-// recursion into an error instead of a stack overflow.
-thread_local int CallDepth = 0;
-
-}  // namespace
-
-void TFunctionCall::Execute(TObject* Context, ITavoValue& Result) {
-  if (CallDepth >= MaxCallDepth) throw ETavoException(Format(SRecursionTooDeep, MaxCallDepth, FName));
-  ++CallDepth;
-  try {
-    ExecuteBound(Context, Result);
-  } catch (...) {
-    --CallDepth;
-    throw;
-  }
-  --CallDepth;
-}
-
-void TFunctionCall::ExecuteBound(TObject* Context, ITavoValue& Result) {
-  if (!FUserFunction && FReasoner) {
-    IUserFunction Function;
-    if (!FReasoner->ContainsUserFunction(FName, Function))
-      throw ETavoException(Format(SNoSuchFunction, FName));
-    SetUserFunction(Function);
-  }
-  if (!FUserFunction) throw ETavoException(Format(SNoSuchFunction, FName));
-  FUserFunction->Call(IFunCall(this), Context, Result);
-}
-
-ITavoValue TFunctionCall::Execute(TObject* Context) {
-  ITavoValue Result;
-  Execute(Context, Result);
-  return Result;
-}
-
-ITavoValue TFunctionCall::SimpleExecute(TTavoContext* Context) {
-  if (!FUserFunction) throw ETavoException(Format(SNoSuchFunction, FName));
-  ITavoValue Result;
-  FUserFunction->Call(IFunCall(this), Context, Result);
-  return Result;
 }
 
 bool TFunctionCall::Equals(const TCloneableObject* Other) const {
@@ -284,11 +239,18 @@ void TInterpretedFunction::AddArgument(const String& Name, TTavoType Type) {
   if (!Accepted.Contains(Type))
     throw ETavoException(Format(SInvalidArgType, GetTavoTypeName(Type), u"dtAtom, dtVariable, dtMultiVariable"));
   FArguments.Add(Make<TTavoValue>(Name, Type));
+  FLayoutReady = false;
 }
 
-void TInterpretedFunction::AddStatement(const IFunCall& Statement) { FStatements.Add(Make<TTavoValue>(Statement)); }
+void TInterpretedFunction::AddStatement(const IFunCall& Statement) {
+  FStatements.Add(Make<TTavoValue>(Statement));
+  FLayoutReady = false;
+}
 
-void TInterpretedFunction::AddStatement(const ITavoValue& Statement) { FStatements.Add(Statement); }
+void TInterpretedFunction::AddStatement(const ITavoValue& Statement) {
+  FStatements.Add(Statement);
+  FLayoutReady = false;
+}
 
 int TInterpretedFunction::GetMinArgumentCount() const { return GetArgumentCount(); }
 
@@ -296,50 +258,6 @@ int TInterpretedFunction::GetMaxArgumentCount() const {
   int Count = GetArgumentCount();
   if (Count > 0 && FArguments.Last()->GetDType() == dtMultiVariable) return 2147483647;
   return Count;
-}
-
-void TInterpretedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  // Parameters and statements are read through the list's own index checks:
-  // a call with fewer arguments than parameters fails there, extra
-  // arguments are ignored.
-  TTavoContext Root(nullptr, nullptr);
-  TTavoContext* Parent = Context ? Context : &Root;
-  std::unique_ptr<TTavoContext> Child(Parent->Push());
-  try {
-    for (int I = 0; I < GetArgumentCount(); ++I) {
-      const ITavoValue& Parameter = FArguments.Get(I);
-      const String& Name = Parameter->GetValue().Str;
-      switch (Parameter->GetDType()) {
-        case dtAtom:
-          Child->SetVariable(Name, FCNil);
-          break;
-        case dtVariable:
-          Child->AddLocalBinding(Name, FunCall.GetArgument(I)->Resolve(Child.get()));
-          break;
-        default: {
-          IValueVector Rest = Make<TValueVector>();
-          for (int J = I; J < FunCall.GetArgumentCount(); ++J)
-            Rest->Add(FunCall.GetArgument(J)->Resolve(Child.get()));
-          Child->AddLocalBinding(Name, Make<TTavoValue>(Rest));
-          break;
-        }
-      }
-    }
-    for (const ITavoValue& Statement : FStatements) {
-      Result = Statement->Resolve(Child.get());
-      if (Child->GetReturning()) {
-        Result = Child->GetReturnValue();
-        Child->ClearReturnValue();
-        break;
-      }
-    }
-    // A body without statements gives nil.
-    Result = FStatements.Count() > 0 && Result ? Result->Resolve(Child.get()) : FCNil;
-  } catch (...) {
-    Child->Pop();
-    throw;
-  }
-  Child->Pop();
 }
 
 void TInterpretedFunction::Assign(const TPersistent* Source) {
@@ -350,6 +268,7 @@ void TInterpretedFunction::Assign(const TPersistent* Source) {
     FStatements.Clear();
     for (const ITavoValue& Statement : Function->FStatements) FStatements.Add(Statement->CloneValue());
     FOrder = Function->FOrder;
+    FLayoutReady = false;
   }
 }
 

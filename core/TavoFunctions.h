@@ -9,12 +9,10 @@
 namespace tavo {
 
 class TTavoUserFunction;
+class TArgument;
 
 // The maximum argument count that means no limit.
 inline constexpr int AnyArgumentCount = 2147483647;
-
-// The deepest nesting of executing calls, recursion included.
-inline constexpr int MaxCallDepth = 1000;
 
 // The engines in which a function is installed. Adding or removing one
 // tells the function, which tells the engine.
@@ -80,6 +78,8 @@ class TTavoUserFunction : public TCounted<TPersistent> {
   // The entry of every call: checks the argument count against the
   // function's own limits, then calls.
   void Call(const IFunCall& FunCall, TObject* Context, ITavoValue& Result);
+  // The same entry for a call and a context at hand.
+  void CallChecked(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result);
   // The function's work; Result starts out null.
   virtual void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result);
 
@@ -124,6 +124,9 @@ class TFunctionCall : public TCloneableObject {
   void SetArgument(int Index, const ITavoValue& Value) { FArguments.Put(Index, Value); }
   // Argument Index resolved in Context; a call that gives nothing reads as nil.
   ITavoValue EvaluateArgument(int Index, TTavoContext* Context) const;
+  // The same, borrowed (see Evaluate): for a value used at once.
+  const ITavoValue& EvaluateArgument(int Index, TTavoContext* Context, ITavoValue& Scratch) const;
+  TArgument Argument(int Index, TTavoContext* Context) const;
 
   IReasoner* GetReasoner() const { return FReasoner; }
   void SetReasoner(IReasoner* Value) { FReasoner = Value; }
@@ -142,8 +145,9 @@ class TFunctionCall : public TCloneableObject {
   // argument check.
   void Execute(TObject* Context, ITavoValue& Result);
   ITavoValue Execute(TObject* Context);
+  // Execute in a scope at hand: the road of evaluation.
+  void Execute(TTavoContext* Context, ITavoValue& Result);
   // For a known context: no look-up, the call must be bound.
-
   ITavoValue SimpleExecute(TTavoContext* Context);
 
   // Same name (exact case) and strictly equal arguments.
@@ -157,7 +161,8 @@ class TFunctionCall : public TCloneableObject {
   IFunCall CloneCall() const;
 
  private:
-  void ExecuteBound(TObject* Context, ITavoValue& Result);
+  // Binds by name in the reasoner when unbound, for good.
+  void Bind();
 
   IReasoner* FReasoner = nullptr;
   TInterfaceList<TTavoValue> FArguments;
@@ -165,6 +170,28 @@ class TFunctionCall : public TCloneableObject {
   String FName;
   String FComment;
 };
+
+// An argument evaluated for use at once, within one expression or a short
+// block that evaluates nothing else: borrowed when it is a constant or a
+// bound variable, held when a call computed it.
+class TArgument {
+ public:
+  TArgument(const TFunctionCall& Call, int Index, TTavoContext* Context)
+      : FValue(&Call.EvaluateArgument(Index, Context, FScratch)) {}
+  TArgument(const TArgument&) = delete;
+  TArgument& operator=(const TArgument&) = delete;
+  TTavoValue* operator->() const { return FValue->Get(); }
+  TTavoValue& operator*() const { return **FValue; }
+  const ITavoValue& Get() const { return *FValue; }
+
+ private:
+  ITavoValue FScratch;
+  const ITavoValue* FValue;
+};
+
+inline TArgument TFunctionCall::Argument(int Index, TTavoContext* Context) const {
+  return TArgument(*this, Index, Context);
+}
 
 // A function written in the rule language.
 class TInterpretedFunction : public TTavoUserFunction {
@@ -196,9 +223,18 @@ class TInterpretedFunction : public TTavoUserFunction {
   void UnbindCalls();
 
  private:
+  // Positions for the parameters and the variables that the body binds,
+  // with the hint set on each use of them; made at the first call after a
+  // change.
+  const TFrameLayout& GetLayout();
+
   TInterfaceList<TTavoValue> FArguments;
   TInterfaceList<TTavoValue> FStatements;
   int FOrder = 0;
+  TFrameLayout FLayout;
+  // The frame position of each parameter.
+  std::vector<int> FParameterSlots;
+  bool FLayoutReady = false;
 };
 
 // The call's text: "(" name and each argument's text behind a blank ")",

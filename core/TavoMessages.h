@@ -340,5 +340,7 @@ namespace tavo {
 // Messages of guards that keep bad input finite.
 inline constexpr char16_t SNestingTooDeep[] = u"Expression nested more than %d levels deep";
 inline constexpr char16_t SRecursionTooDeep[] = u"Function calls nested more than %d levels deep: %s";
+inline constexpr char16_t SStackExhausted[] =
+    u"Function calls nested too deeply: the stack ran out after %d levels of deffunction calls in %s";
 
 }  // namespace tavo

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <mutex>
 
 #include "core/TavoContext.h"
 #include "core/TavoFunctions.h"
@@ -12,13 +13,27 @@ namespace tavo {
 
 namespace {
 
-ITavoValue MakeAtom(const char16_t* Text) { return Make<TTavoValue>(String(Text), dtAtom); }
+ITavoValue MakeAtom(const char16_t* Text) { return Make<TTavoValue>(Text, dtAtom); }
+
+// The constants outlive every other static object that might hold them;
+// the list constant's vector goes with it.
+ITavoValue Immortal(ITavoValue Value) {
+  Value->MakeImmortal();
+  if (Value->GetDType() == dtList) Value->GetValue().VInterface->MakeImmortal();
+  return Value;
+}
+
+// dtString texts are seldom compared against each other; the other text
+// kinds are names, and interning makes their equality one comparison.
+TSharedText* NewText(TTavoType Type, StringView Text) {
+  return Type == dtString ? TSharedText::Create(Text) : TSharedText::Intern(Text);
+}
 
 String FloatText(double Value) { return Format(u"%.4f", Value); }
 
 // A dtString prints in double quotes, backslashes doubled first, then a
 // backslash put before each double quote.
-String QuotedText(const String& Text) {
+String QuotedText(StringView Text) {
   String Result;
   Result.reserve(Text.size() + 2);
   Result += u'"';
@@ -36,21 +51,21 @@ String QuotedText(const String& Text) {
 
 }  // namespace
 
-const ITavoValue FCTrue = MakeAtom(u"TRUE");
-const ITavoValue FCFalse = MakeAtom(u"FALSE");
-const ITavoValue FCEmptyString = MakeAtom(u"");
-const ITavoValue FCNil = MakeAtom(u"");
-const ITavoValue FCNilList = Make<TTavoValue>(Make<TValueVector>());
-const ITavoValue FCCatch = MakeAtom(u"catch");
-const ITavoValue FCFinally = MakeAtom(u"finally");
-const ITavoValue FCExcept = MakeAtom(u"except");
-const ITavoValue FCElse = MakeAtom(u"else");
-const ITavoValue FCDo = MakeAtom(u"do");
-const ITavoValue FCEOF = MakeAtom(u"EOF");
-const ITavoValue FCThen = MakeAtom(u"then");
-const ITavoValue FCPI = Make<TTavoValue>(3.141592653589793);
-const ITavoValue FCZero = Make<TTavoValue>(0.0);
-const ITavoValue FCPopFocus = MakeAtom(u"pop-focus");
+const ITavoValue FCTrue = Immortal(MakeAtom(u"TRUE"));
+const ITavoValue FCFalse = Immortal(MakeAtom(u"FALSE"));
+const ITavoValue FCEmptyString = Immortal(MakeAtom(u""));
+const ITavoValue FCNil = Immortal(MakeAtom(u""));
+const ITavoValue FCNilList = Immortal(Make<TTavoValue>(Make<TValueVector>()));
+const ITavoValue FCCatch = Immortal(MakeAtom(u"catch"));
+const ITavoValue FCFinally = Immortal(MakeAtom(u"finally"));
+const ITavoValue FCExcept = Immortal(MakeAtom(u"except"));
+const ITavoValue FCElse = Immortal(MakeAtom(u"else"));
+const ITavoValue FCDo = Immortal(MakeAtom(u"do"));
+const ITavoValue FCEOF = Immortal(MakeAtom(u"EOF"));
+const ITavoValue FCThen = Immortal(MakeAtom(u"then"));
+const ITavoValue FCPI = Immortal(Make<TTavoValue>(3.141592653589793));
+const ITavoValue FCZero = Immortal(Make<TTavoValue>(0.0));
+const ITavoValue FCPopFocus = Immortal(MakeAtom(u"pop-focus"));
 
 bool IsValueConstant(const TTavoValue* Value) {
   if (!Value) return false;
@@ -72,69 +87,143 @@ int32_t TruncToInt32(double Value) {
   return int32_t(uint32_t(uint64_t(Whole)));
 }
 
+// Out of line: the change event and the nexus of the few values that have
+// them, found by the value's address.
+
+struct TTavoValue::TExtras {
+  TTavoValueChangeEvent OnChange;
+  std::unique_ptr<TTavoValueNexus> Nexus;
+};
+
+namespace {
+
+std::mutex& ExtrasLock() {
+  static std::mutex Lock;
+  return Lock;
+}
+
+// Never destroyed: values die during the process's end as well.
+template <class TExtras>
+TMekDictionary<const TTavoValue*, TExtras*>& ExtrasTable() {
+  static auto* Table = new TMekDictionary<const TTavoValue*, TExtras*>();
+  return *Table;
+}
+
+}  // namespace
+
+TTavoValue::TExtras* TTavoValue::GetExtras(bool Create) const {
+  if (!(FPacked.Flags & vfHasExtras) && !Create) return nullptr;
+  std::lock_guard<std::mutex> Lock(ExtrasLock());
+  auto& Table = ExtrasTable<TExtras>();
+  if (TExtras* const* Found = Table.Find(this)) return *Found;
+  auto* Extras = new TExtras();
+  Table.Add(this, Extras);
+  const_cast<TTavoValue*>(this)->FPacked.Flags |= vfHasExtras;
+  return Extras;
+}
+
+void TTavoValue::FreeExtras() noexcept {
+  if (!(FPacked.Flags & vfHasExtras)) return;
+  TExtras* Extras = nullptr;
+  {
+    std::lock_guard<std::mutex> Lock(ExtrasLock());
+    ExtrasTable<TExtras>().TryExtract(this, Extras);
+  }
+  FPacked.Flags &= uint8_t(~vfHasExtras);
+  delete Extras;
+}
+
+TTavoValueChangeEvent TTavoValue::GetOnChange() const {
+  TExtras* Extras = GetExtras(false);
+  return Extras ? Extras->OnChange : nullptr;
+}
+
+void TTavoValue::SetOnChange(TTavoValueChangeEvent Value) {
+  if (!Value && !(FPacked.Flags & vfHasExtras)) return;
+  GetExtras(true)->OnChange = std::move(Value);
+}
+
 // Construction.
 
 TTavoValue::TTavoValue(const TClass* Class) {
-  FTavoType = dtClass;
+  SetKind(dtClass);
   FValue.VClass = Class;
 }
 
 TTavoValue::TTavoValue(int32_t Value, TTavoType Type) {
   if (!TavoIntegerTypes.Contains(Type)) throw ETavoException(SInvalidValueType);
-  FTavoType = Type;
+  SetKind(Type);
+  FValue.VExtended = 0;
   FValue.VInteger = Value;
 }
 
-TTavoValue::TTavoValue(String Text, TTavoType Type) {
+TTavoValue::TTavoValue(StringView Text, TTavoType Type) {
   if (!TavoStringTypes.Contains(Type)) throw ETavoException(SInvalidValueType);
-  FTavoType = Type;
-  FValue.Str = std::move(Text);
+  FValue.VText = NewText(Type, Text);
+  SetKind(Type);
 }
 
 TTavoValue::TTavoValue(double Value) {
-  FTavoType = dtFloat;
+  SetKind(dtFloat);
   FValue.VExtended = Value;
 }
 
 TTavoValue::TTavoValue(const ITavoValue& Source) {
+  FValue.VExtended = 0;
   if (!Source) throw EMekException(SIntfCastError);
   CopyFromInterface(Source.Get());
 }
 
 TTavoValue::TTavoValue(TObject* Object, bool Owns) {
+  FValue.VExtended = 0;
   if (Owns) {
     StoreOwnedObject(Object);
   } else {
-    FTavoType = dtObject;
+    SetKind(dtObject);
     FValue.VObject = Object;
   }
 }
 
 TTavoValue::~TTavoValue() {
-  FOnChange = nullptr;
+  if (FPacked.Flags & vfHasExtras) GetExtras(false)->OnChange = nullptr;
   Reset();
-  FNexus.reset();
+  FreeExtras();
+}
+
+void TTavoValue::DropPayload() noexcept {
+  TTavoType Type = GetDType();
+  if (TavoStringTypes.Contains(Type)) {
+    FValue.VText->ReleaseReference();
+  } else if (HoldsInterface()) {
+    if (FValue.VInterface) FValue.VInterface->ReleaseReference();
+  } else {
+    return;
+  }
+  FValue.VExtended = 0;
 }
 
 // Ownership.
 
 void TTavoValue::StoreOwnedObject(TObject* Object) {
-  FTavoType = dtObject;
+  SetKind(dtObject);
   FValue.VObject = Object;
   // Only a component can tell the value that it went away, so only a
   // component is owned; any other object is merely referenced.
   if (TComponent* Component = dynamic_cast<TComponent*>(Object)) {
-    FNexus = std::make_unique<TTavoValueNexus>(this);
-    FNexus->FreeNotification(Component);
+    TExtras* Extras = GetExtras(true);
+    Extras->Nexus = std::make_unique<TTavoValueNexus>(this);
+    FPacked.Flags |= vfOwning;
+    Extras->Nexus->FreeNotification(Component);
   }
 }
 
 void TTavoValue::FreeOwnedObject() {
   // Take the nexus out before freeing it: this may run inside its Notification.
-  std::unique_ptr<TTavoValueNexus> Nexus = std::move(FNexus);
+  std::unique_ptr<TTavoValueNexus> Nexus = std::move(GetExtras(true)->Nexus);
+  FPacked.Flags &= uint8_t(~vfOwning);
   TComponent* Component = dynamic_cast<TComponent*>(FValue.VObject);
   FValue.VObject = nullptr;
-  FTavoType = dtNone;
+  SetKind(dtNone);
   if (Component) Nexus->RemoveFreeNotification(Component);
   Nexus.reset();
   if (Component && !Component->IsDestroying()) delete Component;
@@ -152,42 +241,47 @@ TObject* TTavoValue::CloneOwnedObject() const {
 }
 
 void TTavoValue::Changing(TTavoType /*NewType*/) {
-  if (FTavoType == dtObject && FNexus) {
+  TTavoType Type = GetDType();
+  if (Type == dtObject && IsOwningObject()) {
     FreeOwnedObject();
-  } else if (FTavoType == dtFunCall || FTavoType == dtFact || FTavoType == dtList ||
-             FTavoType == dtSingletons || FTavoType == dtFuzzy) {
-    FValue.VInterface.Reset();
-    FTavoType = dtNone;
+  } else if (HoldsInterface()) {
+    DropPayload();
+    SetKind(dtNone);
   }
 }
 
 void TTavoValue::Changed() {
-  if (FOnChange) FOnChange(ITavoValue(this));
+  if (!(FPacked.Flags & vfHasExtras)) return;
+  TTavoValueChangeEvent Handler = GetExtras(false)->OnChange;
+  if (Handler) Handler(ITavoValue(this));
 }
 
 void TTavoValue::Reset() {
   Changing(dtNone);
+  DropPayload();
   FValue.VExtended = 0;
-  FValue.Str.clear();
-  FTavoType = dtNone;
+  SetKind(dtNone);
 }
 
 void TTavoValue::Notification(TComponent* Component, TOperation Operation) {
-  if (Operation == opRemove && FTavoType == dtObject && FValue.VObject == Component) Reset();
+  if (Operation == opRemove && GetDType() == dtObject && FValue.VObject == Component) Reset();
 }
 
 // Setters.
 
-void TTavoValue::SetText(TTavoType Type, const String& Value) {
+void TTavoValue::SetText(TTavoType Type, StringView Value) {
+  TSharedText* Text = NewText(Type, Value);
   Changing(Type);
-  FTavoType = Type;
-  FValue.Str = Value;
+  DropPayload();
+  SetKind(Type);
+  FValue.VText = Text;
   Changed();
 }
 
 void TTavoValue::SetInteger(TTavoType Type, int32_t Value) {
   Changing(Type);
-  FTavoType = Type;
+  DropPayload();
+  SetKind(Type);
   FValue.VExtended = 0;
   FValue.VInteger = Value;
   Changed();
@@ -198,41 +292,47 @@ void TTavoValue::SetInterface(TTavoType Type, ICloneableObject Value) {
       Type != dtFuzzy)
     throw ETavoException(SInvalidValueType);
   Changing(Type);
-  FTavoType = Type;
-  FValue.VInterface = std::move(Value);
+  DropPayload();
+  SetKind(Type);
+  FValue.VInterface = Value.Detach();
   Changed();
 }
 
 void TTavoValue::SetAsFloat(double Value) {
   Changing(dtFloat);
-  FTavoType = dtFloat;
+  DropPayload();
+  SetKind(dtFloat);
   FValue.VExtended = Value;
   Changed();
 }
 
 void TTavoValue::SetAsExternalAddress(void* Value) {
   Changing(dtExternalAddress);
-  FTavoType = dtExternalAddress;
+  DropPayload();
+  SetKind(dtExternalAddress);
   FValue.VPointer = Value;
   Changed();
 }
 
 void TTavoValue::SetAsObject(TObject* Value) {
   Changing(dtObject);
-  FTavoType = dtObject;
+  DropPayload();
+  SetKind(dtObject);
   FValue.VObject = Value;
   Changed();
 }
 
 void TTavoValue::SetAsOwnedObject(TObject* Value) {
   Changing(dtObject);
+  DropPayload();
   StoreOwnedObject(Value);
   Changed();
 }
 
 void TTavoValue::SetAsClass(const TClass* Value) {
   Changing(dtClass);
-  FTavoType = dtClass;
+  DropPayload();
+  SetKind(dtClass);
   FValue.VClass = Value;
   Changed();
 }
@@ -240,17 +340,17 @@ void TTavoValue::SetAsClass(const TClass* Value) {
 // Readers.
 
 void TTavoValue::NotCorrectType(const char16_t* Word) const {
-  throw ETavoException(Format(SNotCorrectType, Word, GetToString(), GetTavoTypeName(FTavoType)));
+  throw ETavoException(Format(SNotCorrectType, Word, GetToString(), GetTavoTypeName(GetDType())));
 }
 
 TCloneableObject* TTavoValue::CheckedInterface(TTavoType Type, const char16_t* Word) const {
-  if (FTavoType != Type) NotCorrectType(Word);
-  return FValue.VInterface.Get();
+  if (GetDType() != Type) NotCorrectType(Word);
+  return FValue.VInterface;
 }
 
 String TTavoValue::GetAsString() const {
-  if (TavoStringTypes.Contains(FTavoType)) return FValue.Str;
-  switch (FTavoType) {
+  if (TavoStringTypes.Contains(GetDType())) return String(FValue.VText->View());
+  switch (GetDType()) {
     case dtInteger:
       return IntToStr(FValue.VInteger);
     case dtFloat:
@@ -263,13 +363,13 @@ String TTavoValue::GetAsString() const {
 }
 
 int32_t TTavoValue::GetAsInteger() const {
-  switch (FTavoType) {
+  switch (GetDType()) {
     case dtAtom:
     case dtString: {
       int32_t Result;
-      if (TryStrToInt(FValue.Str, Result)) return Result;
+      if (TryStrToInt(FValue.VText->View(), Result)) return Result;
       double Number;
-      if (TryStrToFloat(FValue.Str, Number)) return TruncToInt32(Number);
+      if (TryStrToFloat(FValue.VText->View(), Number)) return TruncToInt32(Number);
       break;
     }
     case dtInteger:
@@ -288,12 +388,12 @@ int32_t TTavoValue::GetAsInteger() const {
 }
 
 double TTavoValue::GetAsNumeric() const {
-  switch (FTavoType) {
+  switch (GetDType()) {
     case dtAtom:
     case dtString: {
       if (this == FCNil.Get()) return 0.0;
       double Result;
-      if (TryStrToFloat(FValue.Str, Result)) return Result;
+      if (TryStrToFloat(FValue.VText->View(), Result)) return Result;
       break;
     }
     case dtInteger:
@@ -310,8 +410,8 @@ double TTavoValue::GetAsNumeric() const {
 }
 
 int32_t TTavoValue::GetAsFactId() const {
-  if (!TavoFactTypes.Contains(FTavoType)) NotCorrectType(u"fact id");
-  if (FTavoType != dtFloat) return FValue.VInteger;
+  if (!TavoFactTypes.Contains(GetDType())) NotCorrectType(u"fact id");
+  if (GetDType() != dtFloat) return FValue.VInteger;
   // A float gives the low 32 bits of its stored double, as it stands.
   uint64_t Bits;
   std::memcpy(&Bits, &FValue.VExtended, sizeof Bits);
@@ -319,43 +419,43 @@ int32_t TTavoValue::GetAsFactId() const {
 }
 
 int32_t TTavoValue::GetAsDescriptor() const {
-  if (FTavoType != dtDescriptor) NotCorrectType(u"descriptor");
+  if (GetDType() != dtDescriptor) NotCorrectType(u"descriptor");
   return FValue.VInteger;
 }
 
 void* TTavoValue::GetAsExternalAddress() const {
-  if (FTavoType != dtObject && FTavoType != dtExternalAddress) NotCorrectType(u"External Address");
-  return FTavoType == dtObject ? static_cast<void*>(FValue.VObject) : FValue.VPointer;
+  if (GetDType() != dtObject && GetDType() != dtExternalAddress) NotCorrectType(u"External Address");
+  return GetDType() == dtObject ? static_cast<void*>(FValue.VObject) : FValue.VPointer;
 }
 
 TObject* TTavoValue::GetAsObject() const {
-  if (FTavoType != dtObject) NotCorrectType(u"object");
+  if (GetDType() != dtObject) NotCorrectType(u"object");
   return FValue.VObject;
 }
 
 const TClass* TTavoValue::GetAsClass() const {
-  if (FTavoType != dtClass) NotCorrectType(u"class");
+  if (GetDType() != dtClass) NotCorrectType(u"class");
   return FValue.VClass;
 }
 
 // Text.
 
 String TTavoValue::GetToString() const {
-  switch (FTavoType) {
+  switch (GetDType()) {
     case dtNone:
-      return FCNil->FValue.Str;
+      return String(FCNil->GetText());
     case dtAtom:
     case dtSlot:
     case dtMultiSlot:
-      return FValue.Str;
+      return String(FValue.VText->View());
     case dtString:
-      return QuotedText(FValue.Str);
+      return QuotedText(FValue.VText->View());
     case dtInteger:
       return IntToStr(FValue.VInteger);
     case dtVariable:
-      return u"?" + FValue.Str;
+      return u"?" + String(FValue.VText->View());
     case dtMultiVariable:
-      return u"$?" + FValue.Str;
+      return u"$?" + String(FValue.VText->View());
     case dtFactId:
       return u"<Fact-" + IntToStr(FValue.VInteger) + u">";
     case dtFloat:
@@ -392,10 +492,10 @@ bool TTavoValue::Equals(const TCloneableObject* Other) const {
 bool TTavoValue::EqualsValue(const TTavoValue* Other) const {
   if (Other == this) return true;
   if (!Other) return false;
-  TTavoType Self = FTavoType;
-  if (Other->FTavoType != Self && Self != dtFuzzy) {
+  TTavoType Self = GetDType();
+  if (Other->GetDType() != Self && Self != dtFuzzy) {
     // A number against a fuzzy value is answered by the fuzzy side.
-    if (Other->FTavoType == dtFuzzy) return Other->EqualsValue(this);
+    if (Other->GetDType() == dtFuzzy) return Other->EqualsValue(this);
     return false;
   }
   const TTavoValueRec& Theirs = Other->FValue;
@@ -411,7 +511,7 @@ bool TTavoValue::EqualsValue(const TTavoValue* Other) const {
     case dtFunCall:
     case dtFact:
     case dtList:
-      return FValue.VInterface && FValue.VInterface->Equals(Theirs.VInterface.Get());
+      return FValue.VInterface && FValue.VInterface->Equals(Theirs.VInterface);
     case dtSingletons:
     case dtFuzzy:
       // Compared with the other value, not with what it holds.
@@ -423,13 +523,13 @@ bool TTavoValue::EqualsValue(const TTavoValue* Other) const {
     case dtClass:
       return false;
     default:
-      return FValue.Str == Theirs.Str;
+      return TSharedText::Same(FValue.VText, Theirs.VText);
   }
 }
 
 bool TTavoValue::EqualsStar(const ITavoValue& Other) const {
-  TTavoType Self = FTavoType;
-  TTavoType Theirs = Other->FTavoType;
+  TTavoType Self = GetDType();
+  TTavoType Theirs = Other->GetDType();
   if (Self == dtFunCall && Theirs != dtFunCall) return false;
   if (Self != dtFuzzy && Theirs == dtFuzzy) return Other->EqualsStar(ITavoValue(const_cast<TTavoValue*>(this)));
   switch (Self) {
@@ -459,12 +559,12 @@ bool TTavoValue::EqualsStar(const ITavoValue& Other) const {
     case dtClass:
       return false;
     default:
-      return FValue.Str == Other->GetAsString();
+      return FValue.VText->View() == StringView(Other->GetAsString());
   }
 }
 
 int32_t TTavoValue::GetHashCode() const {
-  switch (FTavoType) {
+  switch (GetDType()) {
     case dtNone:
       return 0;
     case dtInteger:
@@ -485,7 +585,7 @@ int32_t TTavoValue::GetHashCode() const {
     case dtClass:
       return int32_t(uint32_t(reinterpret_cast<uintptr_t>(FValue.VClass)));
     default:
-      return CalculateHash(FValue.Str);
+      return FValue.VText->Hash();
   }
 }
 
@@ -499,12 +599,10 @@ void TTavoValue::Assign(const TPersistent* Source) {
   }
   if (Value == this) return;
   Reset();
-  if (Value->IsOwningObject()) {
+  if (Value->IsOwningObject())
     SetAsOwnedObject(Value->CloneOwnedObject());
-  } else {
-    FTavoType = Value->FTavoType;
-    FValue = Value->FValue;
-  }
+  else
+    CopyPayload(Value);
   FTag = Value->FTag;
   Changed();
 }
@@ -518,49 +616,54 @@ void TTavoValue::Assign(const ICloneableObject& Source) {
   Changed();
 }
 
+// Takes the tag and payload of a value that owns nothing, sharing its text
+// or interface; this value is reset.
+void TTavoValue::CopyPayload(const TTavoValue* Value) {
+  FValue = Value->FValue;
+  SetKind(Value->GetDType());
+  if (TavoStringTypes.Contains(GetDType()))
+    FValue.VText->AddReference();
+  else if (HoldsInterface() && FValue.VInterface)
+    FValue.VInterface->AddReference();
+}
+
 // Copies through the source's readers into this value, which is reset.
 void TTavoValue::CopyFromInterface(const TTavoValue* Value) {
-  TTavoType Type = Value->FTavoType;
-  FTavoType = Type;
+  TTavoType Type = Value->GetDType();
   FTag = Value->FTag;
   switch (Type) {
     case dtNone:
     case dtClass:  // the class is not copied, as it stands
+      SetKind(Type);
       break;
     case dtInteger:
-      FValue.VInteger = Value->GetAsInteger();
-      break;
     case dtFactId:
-      FValue.VInteger = Value->GetAsFactId();
-      break;
     case dtDescriptor:
-      FValue.VInteger = Value->GetAsDescriptor();
-      break;
     case dtFloat:
-      FValue.VExtended = Value->GetAsFloat();
+    case dtExternalAddress:
+      SetKind(Type);
+      FValue = Value->FValue;
       break;
     case dtList:
-      FValue.VInterface = Value->GetAsList()->CloneVector();
+      SetKind(Type);
+      FValue.VInterface = Value->GetAsList()->CloneVector().Detach();
       break;
     case dtFunCall:
     case dtFact:
     case dtSingletons:
     case dtFuzzy:
-      FValue.VInterface = Value->FValue.VInterface;
+      CopyPayload(Value);
       break;
     case dtObject:
       if (Value->IsOwningObject()) {
-        FTavoType = dtNone;
         StoreOwnedObject(Value->CloneOwnedObject());
       } else {
+        SetKind(Type);
         FValue.VObject = Value->FValue.VObject;
       }
       break;
-    case dtExternalAddress:
-      FValue.VPointer = Value->FValue.VPointer;
-      break;
     default:
-      FValue.Str = Value->GetAsString();
+      CopyPayload(Value);
       break;
   }
 }
@@ -571,27 +674,27 @@ void TTavoValue::AssignTo(TPersistent* Dest) const {
     TCloneableObject::AssignTo(Dest);
     return;
   }
-  switch (FTavoType) {
+  switch (GetDType()) {
     case dtNone:
       Target->Reset();
       break;
     case dtAtom:
-      Target->SetAsAtom(FValue.Str);
+      Target->SetAsAtom(String(FValue.VText->View()));
       break;
     case dtString:
-      Target->SetAsString(FValue.Str);
+      Target->SetAsString(String(FValue.VText->View()));
       break;
     case dtVariable:
-      Target->SetAsVariable(FValue.Str);
+      Target->SetAsVariable(String(FValue.VText->View()));
       break;
     case dtMultiVariable:
-      Target->SetAsMultiVariable(FValue.Str);
+      Target->SetAsMultiVariable(String(FValue.VText->View()));
       break;
     case dtSlot:
-      Target->SetAsSlot(FValue.Str);
+      Target->SetAsSlot(String(FValue.VText->View()));
       break;
     case dtMultiSlot:
-      Target->SetAsMultiSlot(FValue.Str);
+      Target->SetAsMultiSlot(String(FValue.VText->View()));
       break;
     case dtInteger:
       Target->SetAsInteger(FValue.VInteger);
@@ -612,7 +715,7 @@ void TTavoValue::AssignTo(TPersistent* Dest) const {
     case dtFact:
     case dtSingletons:
     case dtFuzzy:
-      Target->SetInterface(FTavoType, FValue.VInterface);
+      Target->SetInterface(GetDType(), FValue.VInterface);
       break;
     case dtObject:
       if (IsOwningObject())
@@ -633,35 +736,6 @@ ICloneableObject TTavoValue::Clone() const { return CloneValue(); }
 ITavoValue TTavoValue::CloneValue() const {
   // A descendant clones into its own class.
   return ITavoValue(static_cast<TTavoValue*>(ClonePersistentClass(this, ClassType()).release()));
-}
-
-// Resolving.
-
-ITavoValue TTavoValue::Resolve(TObject* Context) {
-  switch (FTavoType) {
-    case dtVariable:
-    case dtMultiVariable: {
-      auto* Scope = dynamic_cast<TTavoContext*>(Context);
-      if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(FTavoType)));
-      TBinding* Binding = Scope->FindBinding(FValue.Str);
-      if (!Binding || !Binding->GetValue()) throw ETavoException(Format(SCorruptedVariable, FValue.Str));
-      return Binding->GetValue();
-    }
-    case dtFunCall:
-      if (auto* Call = static_cast<TFunctionCall*>(FValue.VInterface.Get())) return Call->Execute(Context);
-      break;
-    case dtObject:
-      if (auto* Info = dynamic_cast<TBindingInfo*>(FValue.VObject)) {
-        auto* Scope = dynamic_cast<TTavoContext*>(Context);
-        if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(FTavoType)));
-        return Scope->ResolveBindingInfo(*Info);
-      }
-      break;
-    default:
-      // Singletons become a fuzzy set once the fuzzy library has sets.
-      break;
-  }
-  return ITavoValue(this);
 }
 
 }  // namespace tavo

@@ -6,6 +6,7 @@
 
 #include "common/MekGenerics.h"
 #include "core/TavoConsts.h"
+#include "common/MekSharedText.h"
 #include "core/TavoInterfaces.h"
 
 namespace tavo {
@@ -13,31 +14,34 @@ namespace tavo {
 class TTavoValue;
 
 
-// The payload. Strings and interfaces have fields of their own; the numeric
-// kinds overlay one area, read by the tag.
-struct TTavoValueRec {
-  String Str;
-  ICloneableObject VInterface;
-  union {
-    int32_t VInteger;
-    double VExtended;
-    void* VPointer;
-    TObject* VObject;
-    const TClass* VClass;
-  };
-  TTavoValueRec() : VExtended(0) {}
+// The payload, read by the tag. The text kinds hold a shared text record
+// (interned for all but dtString), the interface kinds a counted object; the
+// value owns one reference to either.
+union TTavoValueRec {
+  int32_t VInteger;
+  double VExtended;
+  void* VPointer;
+  TObject* VObject;
+  const TClass* VClass;
+  TSharedText* VText;
+  TCloneableObject* VInterface;
 };
 
 // Lets a value take part in a component's free notification.
 using TTavoValueNexus = TNotificationNexus<TTavoValue>;
 
+// One value is four words: the object header, the tag and flags packed in
+// the header's spare bytes, the host's Tag, and the payload. The change
+// event and the nexus, which few values ever have, live out of line.
 class TTavoValue : public TCloneableObject {
   TAVO_CLASS(TTavoValue, TCloneableObject)
  public:
-  TTavoValue() = default;
+  TTavoValue() { FValue.VExtended = 0; }
   explicit TTavoValue(const TClass* Class);
   TTavoValue(int32_t Value, TTavoType Type);
-  TTavoValue(String Text, TTavoType Type);
+  TTavoValue(StringView Text, TTavoType Type);
+  TTavoValue(const String& Text, TTavoType Type) : TTavoValue(StringView(Text), Type) {}
+  TTavoValue(const char16_t* Text, TTavoType Type) : TTavoValue(StringView(Text), Type) {}
   explicit TTavoValue(double Value);
   explicit TTavoValue(const ITavoValue& Source);
   TTavoValue(TObject* Object, bool Owns);
@@ -45,8 +49,8 @@ class TTavoValue : public TCloneableObject {
   // shared, not copied.
   template <class T, class = decltype(TValueInterfaceType<T>::Type)>
   explicit TTavoValue(const TRef<T>& Intf) {
-    FTavoType = TValueInterfaceType<T>::Type;
-    FValue.VInterface = Intf;
+    SetKind(TValueInterfaceType<T>::Type);
+    FValue.VInterface = HoldInterface(Intf.Get());
   }
   ~TTavoValue() override;
 
@@ -60,6 +64,7 @@ class TTavoValue : public TCloneableObject {
 
   // Strict equality, the one of duplicate facts: 1 and 1.0 differ.
   bool Equals(const ITavoValue& Other) const { return EqualsValue(Other.Get()); }
+  bool Equals(const TTavoValue* Other) const { return EqualsValue(Other); }
   bool Equals(const TCloneableObject* Other) const override;
   // Loose equality: the argument is read as this value's kind.
   virtual bool EqualsStar(const ITavoValue& Other) const;
@@ -67,8 +72,16 @@ class TTavoValue : public TCloneableObject {
   String ToString() const override { return GetToString(); }
   virtual String GetToString() const;
 
-  TTavoType GetDType() const { return FTavoType; }
+  TTavoType GetDType() const { return TTavoType(FPacked.Kind); }
   const TTavoValueRec& GetValue() const { return FValue; }
+  // The text of the text kinds, borrowed; empty for every other kind.
+  StringView GetText() const {
+    return TavoStringTypes.Contains(GetDType()) ? FValue.VText->View() : StringView();
+  }
+  // The shared record of the text kinds, or null.
+  TSharedText* GetSharedText() const { return TavoStringTypes.Contains(GetDType()) ? FValue.VText : nullptr; }
+  // The held interface of the interface kinds, borrowed, or null.
+  TCloneableObject* GetInterface() const { return HoldsInterface() ? FValue.VInterface : nullptr; }
 
   // Readers: each converts or fails with SNotCorrectType.
   String GetAsString() const;
@@ -101,6 +114,11 @@ class TTavoValue : public TCloneableObject {
   TRef<T> GetAsInterface() const {
     return TRef<T>(static_cast<T*>(
         CheckedInterface(TValueInterfaceType<T>::Type, TValueInterfaceType<T>::Word)));
+  }
+  // The same, borrowed: no count changes hands.
+  template <class T>
+  T* PeekInterface() const {
+    return static_cast<T*>(CheckedInterface(TValueInterfaceType<T>::Type, TValueInterfaceType<T>::Word));
   }
 
   // Setters: Changing, store tag and payload, Changed.
@@ -138,7 +156,7 @@ class TTavoValue : public TCloneableObject {
   void SetTag(intptr_t Value) override { FTag = Value; }
 
   // True while the value owns a component, which it frees when it changes.
-  bool IsOwningObject() const { return FNexus != nullptr; }
+  bool IsOwningObject() const { return (FPacked.Flags & vfOwning) != 0; }
 
   // Back to dtNone, freeing an owned component; fires no event.
   virtual void Reset();
@@ -146,35 +164,56 @@ class TTavoValue : public TCloneableObject {
   // result of a call, a fuzzy set for singletons; the value itself otherwise.
   virtual ITavoValue Resolve(TObject* Context);
 
-  const TTavoValueChangeEvent& GetOnChange() const { return FOnChange; }
-  void SetOnChange(TTavoValueChangeEvent Value) { FOnChange = std::move(Value); }
+  TTavoValueChangeEvent GetOnChange() const;
+  void SetOnChange(TTavoValueChangeEvent Value);
 
   // Free notification of an owned component.
   virtual void Notification(TComponent* Component, TOperation Operation);
+
+  // The frame position of a variable within the deffunction that holds it,
+  // counted from 1; 0 when none was fixed. A hint only: the name decides.
+  uint16_t GetFrameIndex() const { return FPacked.Index; }
+  void SetFrameIndex(uint16_t Value) { FPacked.Index = Value; }
 
  protected:
   virtual void Changing(TTavoType NewType);
   virtual void Changed();
 
  private:
+  enum : uint8_t { vfOwning = 1, vfHasExtras = 2 };
+  struct TExtras;
+
+  bool HoldsInterface() const {
+    TTavoType Type = GetDType();
+    return Type == dtFunCall || Type == dtFact || Type == dtList || Type == dtSingletons || Type == dtFuzzy;
+  }
+  void SetKind(TTavoType Type) { FPacked.Kind = uint8_t(Type); }
+  static TCloneableObject* HoldInterface(TCloneableObject* Object) {
+    if (Object) Object->AddReference();
+    return Object;
+  }
+  // Lets go of a held text or interface; the tag stays.
+  void DropPayload() noexcept;
+  TExtras* GetExtras(bool Create) const;
+  void FreeExtras() noexcept;
+
   bool EqualsValue(const TTavoValue* Other) const;
   [[noreturn]] void NotCorrectType(const char16_t* Word) const;
   TCloneableObject* CheckedInterface(TTavoType Type, const char16_t* Word) const;
-  void SetText(TTavoType Type, const String& Value);
+  void SetText(TTavoType Type, StringView Value);
   void SetInteger(TTavoType Type, int32_t Value);
   void StoreOwnedObject(TObject* Object);
   void CopyFromInterface(const TTavoValue* Value);
   TObject* CloneOwnedObject() const;
   void FreeOwnedObject();
+  void CopyPayload(const TTavoValue* Value);
 
   TTavoValueRec FValue;
-  TTavoType FTavoType = dtNone;
-  std::unique_ptr<TTavoValueNexus> FNexus;
-  TTavoValueChangeEvent FOnChange;
 };
 
-// The shared constants. Ordinary values: nothing guards them, and callers
-// must not change them.
+// The shared constants. Ordinary values that live as long as the process
+// and are never counted: nothing guards them, and callers must not change
+// them.
 extern const ITavoValue FCTrue;
 extern const ITavoValue FCFalse;
 extern const ITavoValue FCEmptyString;

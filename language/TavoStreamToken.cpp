@@ -126,7 +126,7 @@ void TTavoStreamToken::SetValue(const ITavoValue& Value) {
     case dtMultiVariable:
     case dtSlot:
     case dtMultiSlot:
-      FText = Payload.Str;
+      FText = String(Value->GetText());
       break;
     case dtInteger:
     case dtFactId:

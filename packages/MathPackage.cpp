@@ -33,15 +33,52 @@ ITavoValue FloatValue(double Value) { return Make<TTavoValue>(Value); }
 
 enum TArithmetic { arAdd, arSubtract, arMultiply };
 
-// Accumulates in a double; the result is a float once any argument is one,
-// and an integer otherwise.
+// The result is a float once any argument is one, and an integer otherwise.
+// Integers accumulate exactly in 64 bits for as long as a double would hold
+// the total exactly too, so the answer is the one of double arithmetic; past
+// that, or at the first argument read from text, the sum goes on in a
+// double.
 void Accumulate(TArithmetic Operation, TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  double Total = Operation == arMultiply ? 1 : 0;
+  constexpr int64_t Exact = int64_t(1) << 53;
+  int64_t Whole = Operation == arMultiply ? 1 : 0;
+  double Total = 0;
+  bool InDouble = false;
   bool IsFloat = false;
-  for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
-    ITavoValue Value = FunCall.EvaluateArgument(I, Context);
+  const int Count = FunCall.GetArgumentCount();
+  for (int I = 0; I < Count; ++I) {
+    TArgument Value = FunCall.Argument(I, Context);
+    const TTavoType Type = Value->GetDType();
+    if (!InDouble && TavoIntegerTypes.Contains(Type)) {
+      const int64_t Number = Value->GetValue().VInteger;
+      int64_t Next;
+      if (Operation == arMultiply) {
+        if (__builtin_mul_overflow(Whole, Number, &Next)) Next = Exact + 1;
+      } else if (Operation == arAdd || I == 0) {
+        Next = Whole + Number;
+      } else {
+        Next = Whole - Number;
+      }
+      if (Next <= Exact && Next >= -Exact) {
+        Whole = Next;
+        continue;
+      }
+      // Beyond exact doubles: redo this step in double arithmetic.
+      Total = double(Whole);
+      InDouble = true;
+      if (Operation == arMultiply)
+        Total *= double(Number);
+      else if (Operation == arAdd || I == 0)
+        Total += double(Number);
+      else
+        Total -= double(Number);
+      continue;
+    }
+    if (!InDouble) {
+      Total = double(Whole);
+      InDouble = true;
+    }
     double Number = Value->GetAsNumeric();
-    if (Value->GetDType() == dtFloat) IsFloat = true;
+    if (Type == dtFloat) IsFloat = true;
     if (Operation == arMultiply)
       Total *= Number;
     else if (Operation == arAdd || I == 0)
@@ -49,16 +86,24 @@ void Accumulate(TArithmetic Operation, TFunctionCall& FunCall, TTavoContext* Con
     else
       Total -= Number;
   }
+  if (!InDouble) {
+    Result = IntegerValue(int32_t(uint32_t(uint64_t(Whole))));
+    return;
+  }
   Result = IsFloat ? FloatValue(Total) : IntegerValue(RoundToInt32(Total));
 }
 
 // The first of equals leads; a float leader makes the result a float for good.
 void Extreme(bool Greatest, TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  ITavoValue First = FunCall.EvaluateArgument(0, Context);
-  double Leader = First->GetAsNumeric();
-  bool IsFloat = First->GetDType() == dtFloat;
+  double Leader;
+  bool IsFloat;
+  {
+    TArgument First = FunCall.Argument(0, Context);
+    Leader = First->GetAsNumeric();
+    IsFloat = First->GetDType() == dtFloat;
+  }
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    ITavoValue Value = FunCall.EvaluateArgument(I, Context);
+    TArgument Value = FunCall.Argument(I, Context);
     double Number = Value->GetAsNumeric();
     if (Greatest ? Number > Leader : Number < Leader) {
       Leader = Number;
@@ -74,11 +119,11 @@ void CheckDivisor(int32_t Dividend, int32_t Divisor) {
 }
 
 double NumericArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  return FunCall.EvaluateArgument(Index, Context)->GetAsNumeric();
+  return FunCall.Argument(Index, Context)->GetAsNumeric();
 }
 
 int32_t IntegerArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  return FunCall.EvaluateArgument(Index, Context)->GetAsInteger();
+  return FunCall.Argument(Index, Context)->GetAsInteger();
 }
 
 // One generator for the process; engines on other threads share it.

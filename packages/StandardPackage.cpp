@@ -3,6 +3,7 @@
 #include "language/TavoStreamToken.h"
 #include "packages/StringPackage.h"
 
+#include "core/TavoEvaluator.h"
 #include "engine/InferenceEngine.h"
 
 namespace tavo {
@@ -35,7 +36,7 @@ TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) 
 // a return ended it.
 bool EvaluateBody(TFunctionCall& FunCall, int First, int Last, TTavoContext* Context, ITavoValue& Result) {
   for (int I = First; I < Last; ++I) {
-    Result = FunCall.EvaluateArgument(I, Context);
+    EvaluateInto(FunCall.GetArgument(I), Context, Result);
     if (Context && Context->GetReturning()) {
       Result = Context->GetReturnValue();
       return true;
@@ -75,10 +76,10 @@ bool NoneMatchesFirst(TFunctionCall& FunCall, TTavoContext* Context, TSame Same)
 
 template <class TOrdered>
 bool EachBeforeNext(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Ordered) {
-  double Previous = FunCall.EvaluateArgument(0, Context)->GetAsNumeric();
+  double Previous = FunCall.Argument(0, Context)->GetAsNumeric();
   bool Result = true;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    const double Current = FunCall.EvaluateArgument(I, Context)->GetAsNumeric();
+    const double Current = FunCall.Argument(I, Context)->GetAsNumeric();
     if (Result && !Ordered(Previous, Current)) Result = false;
     Previous = Current;
   }
@@ -113,10 +114,10 @@ constexpr char16_t SWatchSyntax[] = u"all|rules|facts|focus|activations|compilat
 void AppendPrintText(String& Text, const ITavoValue& Value) {
   switch (Value->GetDType()) {
     case dtAtom:
-      if (Value->GetValue().Str == u"crlf")
+      if (Value->GetText() == u"crlf")
         Text += u"\r\n";
       else
-        Text += Value->GetValue().Str;
+        Text += Value->GetText();
       break;
     case dtString:
     case dtInteger:
@@ -148,7 +149,7 @@ void TIfFunction::InitMetaData() {
 void TIfFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   if (!IsValue(FunCall.GetArgument(1), FCThen)) throw ETavoException(Format(SSyntaxError, SMissingThen));
-  const bool Condition = !IsFalse(FunCall.EvaluateArgument(0, Context));
+  const bool Condition = !IsFalse(FunCall.Argument(0, Context).Get());
   const int Count = FunCall.GetArgumentCount();
   Result = FCFalse;
   if (!Condition) {
@@ -184,10 +185,10 @@ void TWhileFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   TTavoUserFunction::Call(FunCall, Context, Result);
   const int Count = FunCall.GetArgumentCount();
   const int First = Count > 1 && IsValue(FunCall.GetArgument(1), FCDo) ? 2 : 1;
-  Result = FunCall.EvaluateArgument(0, Context);
+  EvaluateInto(FunCall.GetArgument(0), Context, Result);
   while (!IsFalse(Result)) {
     if (EvaluateBody(FunCall, First, Count, Context, Result)) return;
-    Result = FunCall.EvaluateArgument(0, Context);
+    EvaluateInto(FunCall.GetArgument(0), Context, Result);
   }
 }
 
@@ -206,10 +207,10 @@ void TForEachFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   // name rather than its value.
   const ITavoValue& Variable = FunCall.GetArgument(0);
   String Name = TavoVariableTypes.Contains(Variable->GetDType()) ? Variable->GetAsString()
-                                                                 : FunCall.EvaluateArgument(0, Context)->GetAsString();
+                                                                 : FunCall.Argument(0, Context)->GetAsString();
   if (!Name.empty() && Name[0] == u'?') Name.erase(0, 1);
   TTavoContext& Scope = ScopeOf(Context);
-  const IValueVector List = FunCall.EvaluateArgument(1, Context)->GetAsList();
+  const IValueVector List = FunCall.Argument(1, Context)->GetAsList();
   const int Count = FunCall.GetArgumentCount();
   Result = FCNil;
   for (int I = 0; I < List->GetValueCount(); ++I) {
@@ -269,7 +270,7 @@ void TThrowFunction::InitMetaData() {
 void TThrowFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   // A plain failure, not one of the engine's own.
-  throw EMekException(FunCall.EvaluateArgument(0, Context)->GetAsString());
+  throw EMekException(FunCall.Argument(0, Context)->GetAsString());
 }
 
 // return
@@ -299,8 +300,8 @@ void TBindFunction::InitMetaData() {
 
 void TBindFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FunCall.EvaluateArgument(1, Context);
-  ScopeOf(Context).SetVariable(FunCall.GetArgument(0)->GetAsString(), Result);
+  EvaluateInto(FunCall.GetArgument(1), Context, Result);
+  ScopeOf(Context).BindVariable(*FunCall.GetArgument(0), Result);
 }
 
 // and, or, not
@@ -315,7 +316,7 @@ void TAndFunction::InitMetaData() {
 void TAndFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I)
-    if (IsFalse(FunCall.EvaluateArgument(I, Context))) {
+    if (IsFalse(FunCall.Argument(I, Context).Get())) {
       Result = FCFalse;
       return;
     }
@@ -333,7 +334,7 @@ void TOrFunction::InitMetaData() {
 void TOrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I)
-    if (!IsFalse(FunCall.EvaluateArgument(I, Context))) {
+    if (!IsFalse(FunCall.Argument(I, Context).Get())) {
       Result = FCTrue;
       return;
     }
@@ -347,7 +348,7 @@ void TNotFunction::InitMetaData() {
 
 void TNotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(IsFalse(FunCall.EvaluateArgument(0, Context)));
+  Result = BooleanValue(IsFalse(FunCall.Argument(0, Context).Get()));
 }
 
 // Equality and order
@@ -467,7 +468,7 @@ void TExtractGlobalFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
     Result = FunCall.EvaluateArgument(0, Context);
     return;
   }
-  const String Name = FunCall.EvaluateArgument(0, Context)->GetAsString();
+  const String Name = FunCall.Argument(0, Context)->GetAsString();
   TBinding* Binding = Context ? Context->FindBinding(Name) : nullptr;
   Result = Binding && Binding->GetValue() ? Binding->GetValue() : FCNil;
 }
@@ -496,7 +497,7 @@ void TStoreFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   TTavoUserFunction::Call(FunCall, Context, Result);
   Result = FunCall.EvaluateArgument(1, Context);
   if (Result == FCNil) Result.Reset();
-  const String Name = FunCall.EvaluateArgument(0, Context)->GetAsString();
+  const String Name = FunCall.Argument(0, Context)->GetAsString();
   TEngineVariables& Storage = *EngineOf(FunCall, Context).GetStorage();
   if (Result)
     Storage.AddOrSetValue(Name, Result);
@@ -512,7 +513,7 @@ void TFetchFunction::InitMetaData() {
 
 void TFetchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String Name = FunCall.EvaluateArgument(0, Context)->GetAsString();
+  const String Name = FunCall.Argument(0, Context)->GetAsString();
   if (!EngineOf(FunCall, Context).GetStorage()->TryGetValue(Name, Result) || !Result) Result = FCNil;
 }
 
@@ -540,7 +541,7 @@ void TRunFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
   const int Fired =
-      FunCall.GetArgumentCount() > 0 ? Engine.Run(FunCall.EvaluateArgument(0, Context)->GetAsInteger()) : Engine.Run();
+      FunCall.GetArgumentCount() > 0 ? Engine.Run(FunCall.Argument(0, Context)->GetAsInteger()) : Engine.Run();
   Result = Make<TTavoValue>(int32_t(Fired), dtInteger);
 }
 
@@ -585,7 +586,7 @@ void TWatchFunction::InitMetaData() {
 
 void TWatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String Word = FunCall.EvaluateArgument(0, Context)->GetAsString();
+  const String Word = FunCall.Argument(0, Context)->GetAsString();
   TConstructWatches Watches;
   if (!WatchesOf(Word, Watches)) throw ETavoException(Format(SCannotWatch, Word));
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
@@ -600,7 +601,7 @@ void TUnwatchFunction::InitMetaData() {
 
 void TUnwatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String Word = FunCall.EvaluateArgument(0, Context)->GetAsString();
+  const String Word = FunCall.Argument(0, Context)->GetAsString();
   TConstructWatches Watches;
   if (!WatchesOf(Word, Watches)) throw ETavoException(Format(SCannotUnWatch, Word));
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
@@ -622,10 +623,10 @@ void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = FCNil;
   const int Count = FunCall.GetArgumentCount();
   if (Count == 0) return;
-  const String OutID = FunCall.EvaluateArgument(0, Context)->GetAsString();
+  const String OutID = FunCall.Argument(0, Context)->GetAsString();
   // A local buffer, not a field: an argument may itself call printout.
   String Text;
-  for (int I = 1; I < Count; ++I) AppendPrintText(Text, FunCall.EvaluateArgument(I, Context));
+  for (int I = 1; I < Count; ++I) AppendPrintText(Text, FunCall.Argument(I, Context).Get());
   EngineOf(FunCall, Context).PrintOut(OutID, Text);
 }
 
@@ -665,7 +666,7 @@ void TFormatFunction::InitMetaData() {
 void TFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   ITavoValue OutID = FunCall.EvaluateArgument(0, Context);
-  String Control = FunCall.EvaluateArgument(1, Context)->GetAsString();
+  String Control = FunCall.Argument(1, Context)->GetAsString();
   IValueVector Items = Make<TValueVector>();
   for (int I = 2; I < FunCall.GetArgumentCount(); ++I) Items->Add(FunCall.EvaluateArgument(I, Context));
   String Text = CLIPSFormat(Control, Items);
@@ -676,7 +677,7 @@ void TFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 namespace {
 
 String InputName(TFunctionCall& FunCall, TTavoContext* Context) {
-  return FunCall.GetArgumentCount() > 0 ? FunCall.EvaluateArgument(0, Context)->GetAsString() : String(u"t");
+  return FunCall.GetArgumentCount() > 0 ? FunCall.Argument(0, Context)->GetAsString() : String(u"t");
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ namespace {
 
 
 String StringArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  return FunCall.EvaluateArgument(Index, Context)->GetAsString();
+  return FunCall.Argument(Index, Context)->GetAsString();
 }
 
 String JoinArguments(TFunctionCall& FunCall, TTavoContext* Context) {
@@ -197,8 +197,8 @@ void TSubStringFunction::InitMetaData() {
 
 void TSubStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  int32_t Start = FunCall.EvaluateArgument(0, Context)->GetAsInteger();
-  int32_t End = FunCall.EvaluateArgument(1, Context)->GetAsInteger();
+  int32_t Start = FunCall.Argument(0, Context)->GetAsInteger();
+  int32_t End = FunCall.Argument(1, Context)->GetAsInteger();
   String Text = StringArgument(FunCall, 2, Context);
   // 32-bit arithmetic: far-apart positions wrap rather than overflow.
   int32_t Count = int32_t(uint32_t(End) - uint32_t(Start) + 1u);

@@ -2,6 +2,7 @@
 //
 //   tavo FILE...   runs each file's top-level forms in order
 //   tavo           a prompt on a terminal; forms from standard input otherwise
+#include <pthread.h>
 #include <unistd.h>
 
 #include <fstream>
@@ -123,7 +124,7 @@ bool RunPrompt(TInferenceEngine& Engine) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int RunHost(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   std::vector<std::string> Files;
   for (int I = 1; I < argc; ++I) {
@@ -181,4 +182,38 @@ int main(int argc, char** argv) {
   }
   std::cout.flush();
   return Succeeded ? 0 : 1;
+}
+
+namespace {
+
+// Deep recursion in a knowledge base is legitimate; the engine runs on a
+// thread with a large stack, of which only what is used is ever touched.
+constexpr size_t HostStackSize = size_t(256) << 20;
+
+struct THostRun {
+  int argc;
+  char** argv;
+  int Status;
+};
+
+void* RunHostThread(void* Data) {
+  auto* Run = static_cast<THostRun*>(Data);
+  Run->Status = RunHost(Run->argc, Run->argv);
+  return nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  THostRun Run{argc, argv, 1};
+  pthread_attr_t Attributes;
+  pthread_t Thread;
+  if (pthread_attr_init(&Attributes) == 0 && pthread_attr_setstacksize(&Attributes, HostStackSize) == 0 &&
+      pthread_create(&Thread, &Attributes, RunHostThread, &Run) == 0) {
+    pthread_attr_destroy(&Attributes);
+    pthread_join(Thread, nullptr);
+    return Run.Status;
+  }
+  // No such thread to be had: run with the stack there is.
+  return RunHost(argc, argv);
 }

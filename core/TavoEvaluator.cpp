@@ -1,0 +1,291 @@
+#include "core/TavoEvaluator.h"
+
+#include <typeinfo>
+
+#if defined(__linux__)
+#include <pthread.h>
+#endif
+
+namespace tavo {
+
+namespace {
+
+// Deffunction calls being executed on this thread.
+thread_local int FunctionDepth = 0;
+
+// The lowest stack address that evaluation may reach on this thread: the
+// end of the stack plus a margin for the handlers, printing and error
+// reporting that still run when the guard fires.
+constexpr size_t StackMargin = 256 * 1024;
+thread_local const char* StackLimit = nullptr;
+
+const char* FindStackLimit() {
+#if defined(__linux__)
+  pthread_attr_t Attributes;
+  if (pthread_getattr_np(pthread_self(), &Attributes) == 0) {
+    void* Base = nullptr;
+    size_t Size = 0;
+    int Status = pthread_attr_getstack(&Attributes, &Base, &Size);
+    pthread_attr_destroy(&Attributes);
+    if (Status == 0 && Size > 2 * StackMargin) return static_cast<const char*>(Base) + StackMargin;
+  }
+#endif
+  // Unknown bounds: allow a megabyte below the first probe.
+  char Probe;
+  return &Probe - 1024 * 1024;
+}
+
+// A value of a class of the host's may resolve in its own way.
+inline bool IsPlainValue(const TTavoValue& Value) { return typeid(Value) == typeid(TTavoValue); }
+
+}  // namespace
+
+void CheckStack(const TFunctionCall& Call) {
+  char Probe;
+  if (!StackLimit) StackLimit = FindStackLimit();
+  if (&Probe < StackLimit) throw ETavoException(Format(SStackExhausted, FunctionDepth, Call.GetName()));
+}
+
+const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Scratch) {
+  TTavoValue& Value = *Expression;
+  if (!IsPlainValue(Value)) {
+    Scratch = Value.Resolve(Context);
+    if (!Scratch) Scratch = FCNil;
+    return Scratch;
+  }
+  switch (Value.GetDType()) {
+    case dtVariable:
+    case dtMultiVariable: {
+      if (!Context) throw ETavoException(Format(SNoContext, GetTavoTypeName(Value.GetDType())));
+      const ITavoValue* Bound = Context->FindVariable(Value);
+      if (!Bound || !*Bound) throw ETavoException(Format(SCorruptedVariable, Value.GetText()));
+      return *Bound;
+    }
+    case dtFunCall:
+      if (auto* Call = static_cast<TFunctionCall*>(Value.GetValue().VInterface)) {
+        Call->Execute(Context, Scratch);
+        if (!Scratch) Scratch = FCNil;
+        return Scratch;
+      }
+      return Expression;
+    case dtObject:
+      if (auto* Info = dynamic_cast<TBindingInfo*>(Value.GetValue().VObject)) {
+        if (!Context) throw ETavoException(Format(SNoContext, GetTavoTypeName(dtObject)));
+        Scratch = Context->ResolveBindingInfo(*Info);
+        if (!Scratch) Scratch = FCNil;
+        return Scratch;
+      }
+      return Expression;
+    default:
+      return Expression;
+  }
+}
+
+// TTavoValue
+
+ITavoValue TTavoValue::Resolve(TObject* Context) {
+  switch (GetDType()) {
+    case dtVariable:
+    case dtMultiVariable: {
+      auto* Scope = dynamic_cast<TTavoContext*>(Context);
+      if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(GetDType())));
+      const ITavoValue* Bound = Scope->FindVariable(*this);
+      if (!Bound || !*Bound) throw ETavoException(Format(SCorruptedVariable, GetText()));
+      return *Bound;
+    }
+    case dtFunCall:
+      if (auto* Call = static_cast<TFunctionCall*>(FValue.VInterface)) return Call->Execute(Context);
+      break;
+    case dtObject:
+      if (auto* Info = dynamic_cast<TBindingInfo*>(FValue.VObject)) {
+        auto* Scope = dynamic_cast<TTavoContext*>(Context);
+        if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(GetDType())));
+        return Scope->ResolveBindingInfo(*Info);
+      }
+      break;
+    default:
+      // Singletons become a fuzzy set once the fuzzy library has sets.
+      break;
+  }
+  return ITavoValue(this);
+}
+
+// TFunctionCall
+
+ITavoValue TFunctionCall::EvaluateArgument(int Index, TTavoContext* Context) const {
+  ITavoValue Scratch;
+  const ITavoValue& Value = Evaluate(GetArgument(Index), Context, Scratch);
+  return &Value == &Scratch ? std::move(Scratch) : Value;
+}
+
+const ITavoValue& TFunctionCall::EvaluateArgument(int Index, TTavoContext* Context, ITavoValue& Scratch) const {
+  return Evaluate(GetArgument(Index), Context, Scratch);
+}
+
+void TFunctionCall::Bind() {
+  IUserFunction Function;
+  if (!FReasoner || !FReasoner->ContainsUserFunction(FName, Function))
+    throw ETavoException(Format(SNoSuchFunction, FName));
+  SetUserFunction(Function);
+}
+
+void TFunctionCall::Execute(TTavoContext* Context, ITavoValue& Result) {
+  if (!FUserFunction) Bind();
+  Result.Reset();
+  FUserFunction->CallChecked(*this, Context, Result);
+}
+
+void TFunctionCall::Execute(TObject* Context, ITavoValue& Result) {
+  TTavoContext* Scope = dynamic_cast<TTavoContext*>(Context);
+  if (Context && !Scope) {
+    // The function's own entry names the wrong kind of context.
+    if (!FUserFunction) Bind();
+    FUserFunction->Call(IFunCall(this), Context, Result);
+    return;
+  }
+  Execute(Scope, Result);
+}
+
+ITavoValue TFunctionCall::Execute(TObject* Context) {
+  ITavoValue Result;
+  Execute(Context, Result);
+  return Result;
+}
+
+ITavoValue TFunctionCall::SimpleExecute(TTavoContext* Context) {
+  if (!FUserFunction) throw ETavoException(Format(SNoSuchFunction, FName));
+  ITavoValue Result;
+  FUserFunction->CallChecked(*this, Context, Result);
+  return Result;
+}
+
+// TInterpretedFunction
+
+namespace {
+
+template <class TVisit>
+void VisitValues(const ITavoValue& Value, TVisit& Visit) {
+  if (!Value) return;
+  Visit(*Value);
+  if (Value->GetDType() == dtFunCall) {
+    if (auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface))
+      for (int I = 0; I < Call->GetArgumentCount(); ++I) VisitValues(Call->GetArgument(I), Visit);
+  } else if (Value->GetDType() == dtList) {
+    if (auto* List = static_cast<TValueVector*>(Value->GetValue().VInterface))
+      for (const ITavoValue& Item : *List) VisitValues(Item, Visit);
+  }
+}
+
+}  // namespace
+
+const TFrameLayout& TInterpretedFunction::GetLayout() {
+  if (FLayoutReady) return FLayout;
+  FLayout.Clear();
+  FParameterSlots.clear();
+  for (const ITavoValue& Parameter : FArguments) FParameterSlots.push_back(FLayout.Add(Parameter->GetText()));
+  // The variables that bind sets in the body.
+  auto AddBound = [this](TTavoValue& Value) {
+    if (Value.GetDType() != dtFunCall) return;
+    auto* Call = static_cast<TFunctionCall*>(Value.GetValue().VInterface);
+    if (Call && Call->GetName() == u"bind" && Call->GetArgumentCount() > 0) {
+      const ITavoValue& Target = Call->GetArgument(0);
+      if (Target && TavoVariableTypes.Contains(Target->GetDType())) FLayout.Add(Target->GetText());
+    }
+  };
+  for (const ITavoValue& Statement : FStatements) VisitValues(Statement, AddBound);
+  auto SetHint = [this](TTavoValue& Value) {
+    if (!TavoVariableTypes.Contains(Value.GetDType())) return;
+    int Index = FLayout.IndexOf(Value.GetText());
+    Value.SetFrameIndex(uint16_t(Index + 1));
+  };
+  for (const ITavoValue& Statement : FStatements) VisitValues(Statement, SetHint);
+  FLayoutReady = true;
+  return FLayout;
+}
+
+void TInterpretedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  CheckStack(FunCall);
+  if (FunctionDepth >= MaxFunctionDepth)
+    throw ETavoException(Format(SRecursionTooDeep, MaxFunctionDepth, FunCall.GetName()));
+  struct TDepth {
+    TDepth() { ++FunctionDepth; }
+    ~TDepth() { --FunctionDepth; }
+  } Depth;
+
+  // A call from outside any scope gets a root of its own.
+  std::unique_ptr<TTavoContext> Root;
+  if (!Context) {
+    Root = std::make_unique<TTavoContext>(nullptr, nullptr);
+    Context = Root.get();
+  }
+  TTavoContext Child(Context, Context->GetEngine());
+  Child.OpenFrame(GetLayout());
+  struct THandBack {
+    TTavoContext& Scope;
+    ~THandBack() { Scope.Pop(); }
+  } HandBack{Child};
+
+  // Parameters and statements are read through the list's own index checks:
+  // a call with fewer arguments than parameters fails there, extra
+  // arguments are ignored. Arguments are evaluated in the new scope, where
+  // the parameters before them are bound already.
+  ITavoValue Scratch;
+  for (int I = 0; I < GetArgumentCount(); ++I) {
+    const ITavoValue& Parameter = FArguments.Get(I);
+    StringView Name = Parameter->GetText();
+    switch (Parameter->GetDType()) {
+      case dtAtom:
+        Child.SetVariable(Name, FCNil);
+        break;
+      case dtVariable:
+        // A parameter always binds in the new frame, hiding any outer one.
+        // Read anew each time: evaluating an argument may redefine the
+        // function, and the frame keeps the layout it was opened with.
+        if (int Slot = size_t(I) < FParameterSlots.size() ? FParameterSlots[size_t(I)] : -1;
+            Slot >= 0 && Slot < Child.GetFrameCount() &&
+            Child.GetFrameBinding(Slot).GetNameText() == Parameter->GetSharedText())
+          Child.GetFrameBinding(Slot).SetValue(Evaluate(FunCall.GetArgument(I), &Child, Scratch));
+        else
+          Child.AddLocalBinding(Name, Evaluate(FunCall.GetArgument(I), &Child, Scratch));
+        break;
+      default: {
+        IValueVector Rest = Make<TValueVector>();
+        for (int J = I; J < FunCall.GetArgumentCount(); ++J) Rest->Add(FunCall.EvaluateArgument(J, &Child));
+        Child.AddLocalBinding(Name, Make<TTavoValue>(Rest));
+        break;
+      }
+    }
+  }
+  for (const ITavoValue& Statement : FStatements) {
+    EvaluateInto(Statement, &Child, Result);
+    if (Child.GetReturning()) {
+      Result = Child.GetReturnValue();
+      Child.ClearReturnValue();
+      break;
+    }
+  }
+  // A body without statements gives nil; the last result is resolved once
+  // more, which turns a returned variable into its value.
+  if (FStatements.Count() > 0 && Result)
+    Result = ITavoValue(Evaluate(Result, &Child, Scratch));
+  else
+    Result = FCNil;
+}
+
+// TTavoContext
+
+ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
+  int TokenCount = FToken ? FToken->GetCount() : 0;
+  TContextFact* Fact = nullptr;
+  if (Info.GetFactIndex() == TokenCount && FFact)
+    Fact = FFact.Get();
+  else if (FToken)
+    Fact = FToken->GetContextFact(Info.GetFactIndex());
+  if (!Fact) throw ETavoException(Format(SCorruptedVariable, Info.ToString()));
+  if (Info.GetSlotIndex() == SPatternBinding) return Make<TTavoValue>(Fact->GetID(), dtFactId);
+  const ITavoValue& Value = Fact->GetValue(Info.GetSlotIndex());
+  if (Info.GetSubIndex() == NoSubIndex) return Value;
+  return Value->GetAsList()->Get(Info.GetSubIndex());
+}
+
+}  // namespace tavo

@@ -1,0 +1,31 @@
+// The evaluator: how a value becomes the datum it stands for. Variables,
+// calls, deffunction bodies and binding coordinates all resolve here, so
+// that the hot path of evaluation reads and is tuned in one place.
+#pragma once
+
+#include "core/TavoFunctions.h"
+
+namespace tavo {
+
+// Expression evaluated in Context. The result is borrowed: the expression
+// itself, the value a variable is bound to, or Scratch, which takes the
+// result of a call. It stays valid until the next evaluation that may
+// rebind the variable; a caller that keeps it across one copies it. A call
+// that gives nothing reads as nil.
+const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Scratch);
+
+// Expression evaluated into Result, which must not hold the expression.
+inline void EvaluateInto(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Result) {
+  const ITavoValue& Value = Evaluate(Expression, Context, Result);
+  if (&Value != &Result) Result = Value;
+}
+
+// The deepest nesting of deffunction calls; the machine stack is guarded
+// apart from it, and usually ends a runaway recursion first.
+inline constexpr int MaxFunctionDepth = 100000;
+
+// Raises a clear error instead of overflowing the machine stack when less
+// than a safe margin of it is left. Cheap: one comparison.
+void CheckStack(const TFunctionCall& Call);
+
+}  // namespace tavo
