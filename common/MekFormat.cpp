@@ -469,4 +469,22 @@ String FormatArgs(StringView Template, const TFormatArg* Args, size_t Count) {
   return TFormatter(Template, Args, Count).Run();
 }
 
+void AppendFixed(String& Out, double Value, int Decimals) {
+  if (std::isnan(Value)) {
+    Out += u"NAN";
+    return;
+  }
+  if (std::isinf(Value)) {
+    Out += Value > 0 ? u"INF" : u"-INF";
+    return;
+  }
+  TCharBuffer Body(static_cast<size_t>(Decimals) + 320);
+  char* First = Body.Data();
+  char* Last = RenderFixed(std::fabs(Value), Decimals, Body);
+  // No "-0.00", as in Format.
+  if (std::signbit(Value) && std::find_if(First, Last, [](char C) { return C >= '1' && C <= '9'; }) != Last)
+    Out.push_back(u'-');
+  for (const char* C = First; C != Last; ++C) Out.push_back(static_cast<char16_t>(*C));
+}
+
 }  // namespace tavo

@@ -77,4 +77,8 @@ String Format(StringView Template, const A&... Args) {
   }
 }
 
+// Appends Value as Format's "%.<Decimals>f" writes it, without the
+// temporary text.
+void AppendFixed(String& Out, double Value, int Decimals);
+
 }  // namespace tavo

@@ -1,9 +1,11 @@
 #include "MekObjects.h"
 
 #include <algorithm>
+#include <mutex>
 
 #include "MekExceptions.h"
 #include "MekFormat.h"
+#include "MekHashTables.h"
 
 namespace tavo {
 
@@ -35,6 +37,50 @@ void TPersistent::AssignError(const TPersistent* Source) const {
 ICloneableObject TCloneableObject::Clone() const {
   std::unique_ptr<TPersistent> Copy = ClonePersistentClass(this, ClassType());
   return ICloneableObject(static_cast<TCloneableObject*>(Copy.release()));
+}
+
+namespace {
+
+// The tags of the shared objects that have one. Never destroyed: objects
+// die during the process's end as well.
+struct TTagTable {
+  std::mutex Lock;
+  TMekDictionary<const TCloneableObject*, intptr_t> Tags;
+};
+
+TTagTable& Tags() {
+  static TTagTable* Table = new TTagTable();
+  return *Table;
+}
+
+}  // namespace
+
+TCloneableObject::~TCloneableObject() {
+  if (FPacked.Flags & HasTagFlag) {
+    TTagTable& Table = Tags();
+    std::lock_guard<std::mutex> Lock(Table.Lock);
+    Table.Tags.Remove(this);
+  }
+}
+
+intptr_t TCloneableObject::LookupTag() const {
+  TTagTable& Table = Tags();
+  std::lock_guard<std::mutex> Lock(Table.Lock);
+  const intptr_t* Tag = Table.Tags.Find(this);
+  return Tag ? *Tag : 0;
+}
+
+void TCloneableObject::SetTag(intptr_t Value) {
+  if (!Value && !(FPacked.Flags & HasTagFlag)) return;
+  TTagTable& Table = Tags();
+  std::lock_guard<std::mutex> Lock(Table.Lock);
+  if (Value) {
+    Table.Tags.AddOrSetValue(this, Value);
+    FPacked.Flags |= HasTagFlag;
+  } else {
+    Table.Tags.Remove(this);
+    FPacked.Flags &= uint8_t(~HasTagFlag);
+  }
 }
 
 int32_t TCloneableObject::GetHashCode() const {

@@ -192,10 +192,15 @@ TRef<T> RefCast(const TRef<U>& Source) noexcept {
 }
 
 // The base of every shared object of the engine: counted, persistent,
-// cloneable, comparable, with a free Tag for the host.
+// cloneable, comparable, with a free Tag for the host. Tags are rare, so an
+// object keeps its tag in a table of the process rather than in a field of
+// its own; a bit of the packed bytes says whether it has one.
 class TCloneableObject : public TCounted<TPersistent> {
   TAVO_CLASS(TCloneableObject, TPersistent)
  public:
+  TCloneableObject() = default;
+  ~TCloneableObject() override;
+
   using TPersistent::Assign;
   // Copies from another shared object through its interface.
   virtual void Assign(const TRef<TCloneableObject>& Source) { Assign(Source.Get()); }
@@ -204,18 +209,22 @@ class TCloneableObject : public TCounted<TPersistent> {
   virtual bool Equals(const TCloneableObject* Other) const { return Other == this; }
   virtual int32_t GetHashCode() const;
 
-  intptr_t GetTag() const { return FTag; }
-  virtual void SetTag(intptr_t Value) { FTag = Value; }
+  intptr_t GetTag() const { return (FPacked.Flags & HasTagFlag) ? LookupTag() : 0; }
+  virtual void SetTag(intptr_t Value);
 
  protected:
   // Four bytes that would otherwise be padding behind the count: a derived
   // class packs small state of its own here (a value keeps its tag in them).
+  // The top bit of Flags is this class's own.
   struct TPackedBits {
     uint8_t Kind = 0;
     uint8_t Flags = 0;
     uint16_t Index = 0;
   } FPacked;
-  intptr_t FTag = 0;
+  static constexpr uint8_t HasTagFlag = 0x80;
+
+ private:
+  intptr_t LookupTag() const;
 };
 
 using ICloneableObject = TRef<TCloneableObject>;

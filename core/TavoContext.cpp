@@ -23,6 +23,7 @@ void TBindingInfo::Assign(const TPersistent* Source) {
     FSubIndex = Info->FSubIndex;
     FFactIndex = Info->FFactIndex;
     FSlotIndex = Info->FSlotIndex;
+    FLayoutSeen = nullptr;
     return;
   }
   TPersistent::Assign(Source);

@@ -27,7 +27,10 @@ class TBindingInfo : public TPersistent {
   const String& GetSlotIndex() const { return FSlotIndex; }
   void SetSubIndex(int Value) { FSubIndex = Value; }
   void SetFactIndex(int Value) { FFactIndex = Value; }
-  void SetSlotIndex(const String& Value) { FSlotIndex = Value; }
+  void SetSlotIndex(const String& Value) {
+    FSlotIndex = Value;
+    FLayoutSeen = nullptr;
+  }
 
   // All three coordinates equal; Other must be a TBindingInfo or descend from it.
   virtual bool Equals(const TObject* Other) const;
@@ -35,9 +38,13 @@ class TBindingInfo : public TPersistent {
   void Assign(const TPersistent* Source) override;
 
  protected:
+  friend class TTavoContext;
   int FSubIndex = NoSubIndex;
   int FFactIndex = 0;
   String FSlotIndex;
+  // The slot's position, worked out once for the layout it was found in.
+  mutable const void* FLayoutSeen = nullptr;
+  mutable int FSlotPosition = -1;
 };
 
 // A named value in a context; with coordinates instead of a value, where a
@@ -109,12 +116,18 @@ class TBindings : public TMekStringHashTable<TBinding*> {
   bool FClearing = false;
 };
 
-// What evaluation needs of a fact: its id and its slot values. Facts derive
-// from it.
+// What evaluation needs of a fact: its id and its slot values, by name or
+// by position. Positions belong to a layout, which a caller identifies by
+// GetSlotLayout to learn when a position it worked out still holds. Facts
+// derive from it.
 class TContextFact : public TCloneableObject {
  public:
   virtual int GetID() const = 0;
   virtual const ITavoValue& GetValue(StringView Name) = 0;
+  virtual const void* GetSlotLayout() const = 0;
+  // The position of the slot of that name in the fact's layout, or -1.
+  virtual int GetSlotPosition(StringView Name) const = 0;
+  virtual const ITavoValue& GetValueAt(int Position) = 0;
 };
 using IContextFact = TRef<TContextFact>;
 

@@ -283,7 +283,14 @@ ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
     Fact = FToken->GetContextFact(Info.GetFactIndex());
   if (!Fact) throw ETavoException(Format(SCorruptedVariable, Info.ToString()));
   if (Info.GetSlotIndex() == SPatternBinding) return Make<TTavoValue>(Fact->GetID(), dtFactId);
-  const ITavoValue& Value = Fact->GetValue(Info.GetSlotIndex());
+  // The name is looked up once per layout; every later read goes by position.
+  const void* Layout = Fact->GetSlotLayout();
+  if (Info.FLayoutSeen != Layout || !Layout) {
+    Info.FSlotPosition = Fact->GetSlotPosition(Info.GetSlotIndex());
+    Info.FLayoutSeen = Layout;
+  }
+  const ITavoValue& Value =
+      Info.FSlotPosition >= 0 ? Fact->GetValueAt(Info.FSlotPosition) : Fact->GetValue(Info.GetSlotIndex());
   if (Info.GetSubIndex() == NoSubIndex) return Value;
   return Value->GetAsList()->Get(Info.GetSubIndex());
 }

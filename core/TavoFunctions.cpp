@@ -197,7 +197,7 @@ void TFunctionCall::Assign(const TPersistent* Source) {
   if (Call == this) return;
   FName = Call->FName;
   FComment = Call->FComment;
-  FTag = Call->FTag;
+  SetTag(Call->GetTag());
   TInterfaceList<TTavoValue> Arguments;
   for (const ITavoValue& Argument : Call->FArguments) Arguments.Add(Argument ? Argument->CloneValue() : nullptr);
   FArguments = std::move(Arguments);

@@ -1,7 +1,9 @@
 #include "core/TavoValue.h"
 
 #include <cmath>
+#include <charconv>
 #include <cstring>
+#include <typeinfo>
 #include <limits>
 #include <mutex>
 
@@ -30,24 +32,6 @@ TSharedText* NewText(TTavoType Type, StringView Text) {
 }
 
 String FloatText(double Value) { return Format(u"%.4f", Value); }
-
-// A dtString prints in double quotes, backslashes doubled first, then a
-// backslash put before each double quote.
-String QuotedText(StringView Text) {
-  String Result;
-  Result.reserve(Text.size() + 2);
-  Result += u'"';
-  for (char16_t C : Text) {
-    if (C == u'\\')
-      Result += u"\\\\";
-    else if (C == u'"')
-      Result += u"\\\"";
-    else
-      Result += C;
-  }
-  Result += u'"';
-  return Result;
-}
 
 }  // namespace
 
@@ -441,44 +425,91 @@ const TClass* TTavoValue::GetAsClass() const {
 // Text.
 
 String TTavoValue::GetToString() const {
+  String Result;
+  AppendOwnText(Result);
+  return Result;
+}
+
+void TTavoValue::AppendText(String& Out) const {
+  // A class of the host's may print in its own way.
+  if (typeid(*this) != typeid(TTavoValue))
+    Out += GetToString();
+  else
+    AppendOwnText(Out);
+}
+
+// The text of GetToString, by tag.
+void TTavoValue::AppendOwnText(String& Out) const {
   switch (GetDType()) {
     case dtNone:
-      return String(FCNil->GetText());
+      Out += FCNil->GetText();
+      break;
     case dtAtom:
     case dtSlot:
     case dtMultiSlot:
-      return String(FValue.VText->View());
+      Out += FValue.VText->View();
+      break;
     case dtString:
-      return QuotedText(FValue.VText->View());
-    case dtInteger:
-      return IntToStr(FValue.VInteger);
+      // Backslashes doubled, then a backslash before each double quote.
+      Out.push_back(u'"');
+      for (char16_t C : FValue.VText->View()) {
+        if (C == u'\\' || C == u'"') Out.push_back(u'\\');
+        Out.push_back(C);
+      }
+      Out.push_back(u'"');
+      break;
+    case dtInteger: {
+      char Digits[16];
+      char* End = std::to_chars(Digits, Digits + sizeof Digits, FValue.VInteger).ptr;
+      for (const char* C = Digits; C != End; ++C) Out.push_back(char16_t(*C));
+      break;
+    }
     case dtVariable:
-      return u"?" + String(FValue.VText->View());
+      Out += u'?';
+      Out += FValue.VText->View();
+      break;
     case dtMultiVariable:
-      return u"$?" + String(FValue.VText->View());
+      Out += u"$?";
+      Out += FValue.VText->View();
+      break;
     case dtFactId:
-      return u"<Fact-" + IntToStr(FValue.VInteger) + u">";
+      Out += u"<Fact-" + IntToStr(FValue.VInteger) + u">";
+      break;
     case dtFloat:
-      return FloatText(FValue.VExtended);
+      AppendFixed(Out, FValue.VExtended, 4);
+      break;
+    case dtList:
+      // The vector's text: each member's text and a blank.
+      if (FValue.VInterface)
+        for (const ITavoValue& Item : *static_cast<const TValueVector*>(FValue.VInterface)) {
+          if (Item) Item->AppendText(Out);
+          Out.push_back(u' ');
+        }
+      break;
     case dtFunCall:
     case dtFact:
-    case dtList:
     case dtSingletons:
     case dtFuzzy:
-      return FValue.VInterface ? FValue.VInterface->ToString() : String();
+      if (FValue.VInterface) Out += FValue.VInterface->ToString();
+      break;
     case dtObject: {
       TObject* Object = FValue.VObject;
-      if (!Object) return String();
+      if (!Object) break;
       if (dynamic_cast<TBindingInfo*>(Object))
-        return u"<" + Object->ClassName() + u": " + Object->ToString() + u">";
-      return u"<Object: " + Object->ClassName() + u">";
+        Out += u"<" + Object->ClassName() + u": " + Object->ToString() + u">";
+      else
+        Out += u"<Object: " + Object->ClassName() + u">";
+      break;
     }
     case dtClass:
-      return FValue.VClass ? String(FValue.VClass->Name) : String();
+      if (FValue.VClass) Out += FValue.VClass->Name;
+      break;
     case dtExternalAddress:
-      return u"<External-Address: " + IntToStr(reinterpret_cast<intptr_t>(FValue.VPointer)) + u">";
+      Out += u"<External-Address: " + IntToStr(reinterpret_cast<intptr_t>(FValue.VPointer)) + u">";
+      break;
     default:
-      return u"<UNKNOWN>";
+      Out += u"<UNKNOWN>";
+      break;
   }
 }
 
@@ -603,7 +634,7 @@ void TTavoValue::Assign(const TPersistent* Source) {
     SetAsOwnedObject(Value->CloneOwnedObject());
   else
     CopyPayload(Value);
-  FTag = Value->FTag;
+  SetTag(Value->GetTag());
   Changed();
 }
 
@@ -630,7 +661,7 @@ void TTavoValue::CopyPayload(const TTavoValue* Value) {
 // Copies through the source's readers into this value, which is reset.
 void TTavoValue::CopyFromInterface(const TTavoValue* Value) {
   TTavoType Type = Value->GetDType();
-  FTag = Value->FTag;
+  SetTag(Value->GetTag());
   switch (Type) {
     case dtNone:
     case dtClass:  // the class is not copied, as it stands

@@ -30,8 +30,8 @@ union TTavoValueRec {
 // Lets a value take part in a component's free notification.
 using TTavoValueNexus = TNotificationNexus<TTavoValue>;
 
-// One value is four words: the object header, the tag and flags packed in
-// the header's spare bytes, the host's Tag, and the payload. The change
+// One value is three words: the object header, the tag and flags packed in
+// the header's spare bytes, and the payload. The host's Tag, the change
 // event and the nexus, which few values ever have, live out of line.
 class TTavoValue : public TCloneableObject {
   TAVO_CLASS(TTavoValue, TCloneableObject)
@@ -71,6 +71,9 @@ class TTavoValue : public TCloneableObject {
   int32_t GetHashCode() const override;
   String ToString() const override { return GetToString(); }
   virtual String GetToString() const;
+  // Appends the text of GetToString; the common kinds write straight into
+  // Out, so that a caller reusing Out builds texts without allocating.
+  void AppendText(String& Out) const;
 
   TTavoType GetDType() const { return TTavoType(FPacked.Kind); }
   const TTavoValueRec& GetValue() const { return FValue; }
@@ -153,7 +156,6 @@ class TTavoValue : public TCloneableObject {
   // Holds Value under an interface tag (dtFunCall, dtFact, dtList,
   // dtSingletons, dtFuzzy); a null Value gives, say, a null fact.
   void SetInterface(TTavoType Type, ICloneableObject Value);
-  void SetTag(intptr_t Value) override { FTag = Value; }
 
   // True while the value owns a component, which it frees when it changes.
   bool IsOwningObject() const { return (FPacked.Flags & vfOwning) != 0; }
@@ -197,6 +199,7 @@ class TTavoValue : public TCloneableObject {
   TExtras* GetExtras(bool Create) const;
   void FreeExtras() noexcept;
 
+  void AppendOwnText(String& Out) const;
   bool EqualsValue(const TTavoValue* Other) const;
   [[noreturn]] void NotCorrectType(const char16_t* Word) const;
   TCloneableObject* CheckedInterface(TTavoType Type, const char16_t* Word) const;

@@ -59,7 +59,7 @@ void TValueVector::CopyFrom(const TValueVector* Vector) {
   Items.Reserve(Vector->FItems.Count());
   for (const ITavoValue& Item : Vector->FItems) Items.Add(Item ? Item->CloneValue() : nullptr);
   FItems = std::move(Items);
-  FTag = Vector->FTag;
+  SetTag(Vector->GetTag());
 }
 
 void TValueVector::Assign(const TPersistent* Source) { AssignError(Source); }
@@ -142,7 +142,7 @@ void TSingletonsVector::CopyPairs(const TSingletonsVector* Source) {
     const ITavoValue& Y = Source->GetYValues(I);
     Add(X ? X->CloneValue() : nullptr, Y ? Y->CloneValue() : nullptr);
   }
-  FTag = Source->FTag;
+  SetTag(Source->GetTag());
 }
 
 void TSingletonsVector::Assign(const ICloneableObject& Source) {

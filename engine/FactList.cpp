@@ -37,8 +37,13 @@ void TFacts::CacheAdd(const IFact& Fact) {
   if (!FCacheHashCodes) return;
   if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy())
     FFuzzyCache->Add(Fact);
-  else
-    FCache->AddOrSetValue(Fact->GetHashCode(), Fact);  // the last of equal hashes wins
+  else {
+    int32_t Hash = Fact.Get() == FKnownFact ? FKnownHash : Fact->GetHashCode();
+    FKnownFact = nullptr;
+    // Kept with the fact: it leaves the cache under the hash it entered by.
+    Fact->SetListedHash(Hash);
+    FCache->AddOrSetValue(Hash, Fact);  // the last of equal hashes wins
+  }
 }
 
 void TFacts::CacheRemove(const IFact& Fact) {
@@ -47,7 +52,7 @@ void TFacts::CacheRemove(const IFact& Fact) {
     FFuzzyCache->Remove(Fact.Get());
     return;
   }
-  int32_t Hash = Fact->GetHashCode();
+  int32_t Hash = Fact->GetListedHash();
   // Only this very fact's entry goes: an equal fact may stand under the hash.
   if (const IFact* Cached = FCache->Find(Hash); Cached && *Cached == Fact) FCache->Remove(Hash);
 }
@@ -154,13 +159,18 @@ int TFacts::IndexOf(const IFact& Fact) const {
 }
 
 int TFacts::FindFact(const IFact& Fact) const {
+  bool Hashed = !FPreserveIDs && FCacheHashCodes && !(Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy());
+  return FindFact(Fact, Hashed ? Fact->GetHashCode() : 0);
+}
+
+int TFacts::FindFact(const IFact& Fact, int32_t Hash) const {
   if (!FPreserveIDs && FCacheHashCodes) {
     if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy()) {
       for (const IFact& Entry : *FFuzzyCache)
         if (Fact->Equals(Entry.Get())) return IndexOf(Entry);
       return -1;
     }
-    const IFact* Cached = FCache->Find(Fact->GetHashCode());
+    const IFact* Cached = FCache->Find(Hash);
     return Cached ? IndexOf(*Cached) : -1;
   }
   for (int I = 0; I < Count(); ++I)

@@ -54,6 +54,14 @@ class TFacts : public TPersistent {
   // Loaded facts keep their ids; fresh ids continue above all of them.
   bool GetPreserveIDs() const { return FPreserveIDs; }
   void SetPreserveIDs(bool Value) { FPreserveIDs = Value; }
+  // The hash of the fact that comes next to Add, computed already by the
+  // duplicate test, so that an assertion hashes its fact once.
+  void SetKnownHash(const TFact* Fact, int32_t Hash) {
+    FKnownFact = Fact;
+    FKnownHash = Hash;
+  }
+  // The duplicate test with the fact's hash at hand.
+  int FindFact(const IFact& Fact, int32_t Hash) const;
   bool GetCacheHashCodes() const { return FCacheHashCodes; }
   void SetCacheHashCodes(bool Value);
 
@@ -77,6 +85,8 @@ class TFacts : public TPersistent {
   bool FPreserveIDs = false;
   int FMaxID = 0;
   bool FCacheHashCodes = true;
+  const TFact* FKnownFact = nullptr;
+  int32_t FKnownHash = 0;
   std::unique_ptr<TMekDictionary<int32_t, IFact>> FCache;
   std::unique_ptr<TInterfaceList<TFact>> FFuzzyCache;
   TModule* FModule;

@@ -236,7 +236,11 @@ int TInferenceEngine::Assert(const IFact& Fact, bool /*Unconditional*/) {
   if (!Template) throw ETavoException(SNoTemplate);
   // A fuzzy fact merges with an equal one once the fuzzy operations exist;
   // until then it stands beside it.
-  if (!Template->IsFuzzy() && !FFactDuplication && FFacts->FindFact(Fact) >= 0) return -1;
+  if (!Template->IsFuzzy() && !FFactDuplication) {
+    int32_t Hash = Fact->GetHashCode();
+    if (FFacts->FindFact(Fact, Hash) >= 0) return -1;
+    FFacts->SetKnownHash(Fact.Get(), Hash);
+  }
   int Id = NewFactId();
   Fact->SetID(Id);
   IModule Remembered = FCurrentModule;

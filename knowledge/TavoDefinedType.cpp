@@ -614,7 +614,7 @@ void TTavoDefinedType::Assign(const TPersistent* Source) {
     FMinCardinality = Type->FMinCardinality;
     FImplicit = Type->FImplicit;
     if (Type->FFuzzyType) SetFuzzyType(RefCast<TIFuzzyVariable>(Type->FFuzzyType->Clone()));
-    FTag = Type->FTag;
+    SetTag(Type->GetTag());
     FUnits = Type->FUnits;
     ClearConstraints();
     SetConstraints(Type->FConstraints);

@@ -162,7 +162,7 @@ void TFactSlot::Assign(const TPersistent* Source) {
   }
   if (Slot == this) return;
   FDefaultDynamic = Slot->FDefaultDynamic;
-  FTag = Slot->FTag;
+  SetTag(Slot->GetTag());
   IReasoner* Mine = FOwner ? FOwner->GetReasoner() : nullptr;
   IReasoner* Theirs = Slot->FOwner ? Slot->FOwner->GetReasoner() : nullptr;
   ITavoDefinedType Local;
@@ -233,7 +233,33 @@ void TFactTemplate::SetTemplateName(const String& Value) {
   }
 }
 
+int TSlotLayout::IndexOf(StringView Name) const {
+  // Slots are few and in name order: a binary search by name.
+  size_t Low = 0, High = FSlots.size();
+  while (Low < High) {
+    size_t Middle = (Low + High) / 2;
+    int Order = CompareStr(FSlots[Middle]->GetName(), Name);
+    if (Order == 0) return int(Middle);
+    if (Order < 0)
+      Low = Middle + 1;
+    else
+      High = Middle;
+  }
+  return -1;
+}
+
+const ISlotLayout& TFactTemplate::GetLayout() const {
+  if (!FLayout) {
+    ISlotLayout Layout = Make<TSlotLayout>();
+    Layout->FSlots.reserve(size_t(FFactSlotNames.Count()));
+    for (int I = 0; I < FFactSlotNames.Count(); ++I) Layout->FSlots.push_back(GetSlot(FFactSlotNames.Get(I)));
+    FLayout = std::move(Layout);
+  }
+  return FLayout;
+}
+
 void TFactTemplate::SlotsChanged() {
+  FLayout.Reset();
   FNeedHashCode = true;
   FNeedIsFuzzy = true;
   FOrdered = FFactSlots.Count() < 2 && FFactSlots.ContainsKey(StringView(SDefaultSlotName));
@@ -316,6 +342,7 @@ void TFactTemplate::SetSlot(const String& Name, const IFactSlot& Slot) {
   if (!Slot || Slot->GetName() != Name)
     throw ETavoException(Format(SNoIndexNameMatch, Name, Slot ? Slot->GetName() : String()));
   FFactSlots.AddOrSetValue(Name, Slot);
+  FLayout.Reset();
 }
 
 void TFactTemplate::RemoveSlot(const String& Name) {
@@ -355,15 +382,17 @@ void TFactTemplate::FillFactWithDefaults(const IFact& Fact) {
   if (Fact->GetTemplate().Get() != this)
     throw ETavoException(Format(SFactTemplatesDifferent, Fact->GetTemplate()->GetTemplateName(), FTemplateName));
   IReasoner* Reasoner = GetReasoner();
-  for (int I = 0; I < FFactSlotNames.Count(); ++I) {
-    const String& Name = FFactSlotNames.Get(I);
-    const IFactSlot& Slot = GetSlot(Name);
+  // Positions follow slot-name order. The layout is held: a dynamic default
+  // may change the slots while it is evaluated.
+  ISlotLayout Layout = GetLayout();
+  for (int I = 0; I < Layout->Count(); ++I) {
+    const IFactSlot& Slot = Layout->GetSlot(I);
     const ITavoValue& Default = Slot->GetSlotDefault();
     ITavoValue Copy = Default ? Default->CloneValue() : nullptr;
     if (Slot->GetDefaultDynamic() && Reasoner && Copy)
-      Fact->SetValue(Name, Copy->Resolve(Reasoner->GetGlobalContext()));
+      Fact->SetValue(Slot->GetName(), Copy->Resolve(Reasoner->GetGlobalContext()));
     else
-      Fact->StoreValue(Name, Copy, Slot);
+      Fact->StoreValue(Slot->GetName(), Copy, Slot);
   }
 }
 

@@ -1,6 +1,8 @@
 // Fact templates (the deftemplate construct) and their slots.
 #pragma once
 
+#include <vector>
+
 #include "common/MekHashTables.h"
 #include "common/MekStringList.h"
 #include "knowledge/TavoDefinedType.h"
@@ -66,6 +68,22 @@ class TFactSlot : public TCloneableObject {
 
 using TFactTemplateSlots = TMekStringHashTable<IFactSlot>;
 
+// The slots of a template by position, in slot-name order: what a fact's
+// value array follows. A new layout is made whenever the slots change, so a
+// fact tells by one comparison whether its array still fits.
+class TSlotLayout : public TCountedObject {
+ public:
+  int Count() const { return int(FSlots.size()); }
+  const IFactSlot& GetSlot(int Position) const { return FSlots[size_t(Position)]; }
+  // The position of the slot of that name, or -1.
+  int IndexOf(StringView Name) const;
+
+ private:
+  friend class TFactTemplate;
+  std::vector<IFactSlot> FSlots;
+};
+using ISlotLayout = TRef<TSlotLayout>;
+
 class TFactTemplate : public TModuleConstruct {
   TAVO_CLASS(TFactTemplate, TModuleConstruct)
  public:
@@ -97,6 +115,10 @@ class TFactTemplate : public TModuleConstruct {
   const TFactTemplateSlots& GetSlots() const { return FFactSlots; }
   const TStringList<int>& GetSlotNames() const { return FFactSlotNames; }
   bool ContainsSlot(StringView Name) const { return FFactSlots.ContainsKey(Name); }
+  // The slots by position; a new object after every change of the slots.
+  const ISlotLayout& GetLayout() const;
+  // The position of the slot of that name in the current layout, or -1.
+  int IndexOfSlot(StringView Name) const { return GetLayout()->IndexOf(Name); }
   bool ContainsSlot(StringView Name, IFactSlot& Slot) const { return FFactSlots.TryGetValue(Name, Slot); }
   // The first slot whose defined type is this very object, or null.
   IFactSlot ContainsType(const ITavoDefinedType& Type) const;
@@ -152,6 +174,7 @@ class TFactTemplate : public TModuleConstruct {
   mutable bool FNeedHashCode = true;
   mutable int32_t FHashCode = 0;
   TStringList<int> FFactSlotNames;
+  mutable ISlotLayout FLayout;
 };
 
 }  // namespace tavo

@@ -1,5 +1,9 @@
 #include "knowledge/TavoFacts.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <new>
+
 namespace tavo {
 
 TFact::TFact(const IFactTemplate& Template) : FTemplate(Template) {}
@@ -17,58 +21,103 @@ const TStringList<int>& TFact::GetSlotNames() const {
   return FTemplate->GetSlotNames();
 }
 
-const TFactValueHashtableEntry& TFact::NewEntry(StringView Name, const IFactSlot& Slot) {
-  const ITavoValue& Default = Slot->GetSlotDefault();
-  TFactValueHashtableEntry Entry{Default ? Default->CloneValue() : nullptr, Slot};
-  String Key(Name);
-  FValues.AddOrSetValue(Key, Entry);
-  return *FValues.Find(Key);
+TFact::TValueBlock* TFact::TValueBlock::Create(const ISlotLayout& Layout) {
+  static_assert(sizeof(TValueBlock) % alignof(ITavoValue) == 0);
+  const size_t Count = size_t(Layout->Count());
+  void* Memory = ::operator new(sizeof(TValueBlock) + Count * sizeof(ITavoValue));
+  auto* Block = new (Memory) TValueBlock{Layout};
+  for (size_t I = 0; I < Count; ++I) new (Block->Values() + I) ITavoValue();
+  return Block;
+}
+
+void TFact::TValueBlock::Destroy(TValueBlock* Block) noexcept {
+  const size_t Count = size_t(Block->Layout->Count());
+  for (size_t I = 0; I < Count; ++I) Block->Values()[I].~ITavoValue();
+  Block->Layout.~ISlotLayout();
+  ::operator delete(Block);
+}
+
+void TFact::Sync() const {
+  const ISlotLayout& Current = FTemplate->GetLayout();
+  if (FBlock && Current == FBlock->Layout) return;
+  std::unique_ptr<TValueBlock, TBlockDeleter> Block(TValueBlock::Create(Current));
+  if (FBlock)
+    for (int I = 0; I < Layout()->Count(); ++I) {
+      if (!Values()[I]) continue;
+      int Position = Current->IndexOf(Layout()->GetSlot(I)->GetName());
+      if (Position >= 0) Block->Values()[Position] = std::move(Values()[I]);
+    }
+  FBlock = std::move(Block);
+}
+
+const void* TFact::GetSlotLayout() const {
+  if (!FTemplate) return nullptr;
+  Sync();
+  return Layout().Get();
+}
+
+int TFact::GetSlotPosition(StringView Name) const { return FTemplate ? FTemplate->IndexOfSlot(Name) : -1; }
+
+int TFact::PositionOf(StringView Name) const {
+  CheckTemplate();
+  Sync();
+  return Layout()->IndexOf(Name);
+}
+
+const ITavoValue& TFact::ValueAt(int Position) {
+  ITavoValue& Value = Values()[Position];
+  if (!Value) {
+    const ITavoValue& Default = Layout()->GetSlot(Position)->GetSlotDefault();
+    if (Default) Value = Default->CloneValue();
+  }
+  return Value;
 }
 
 const ITavoValue& TFact::GetValue(StringView Name) {
+  int Position = PositionOf(Name);
+  if (Position < 0) throw ETavoException(Format(SInvalidSlotName, Name));
+  return ValueAt(Position);
+}
+
+const ITavoValue& TFact::GetValueAt(int Position) {
   CheckTemplate();
-  if (const TFactValueHashtableEntry* Entry = FValues.Find(Name)) return Entry->Value;
-  IFactSlot Slot;
-  if (!FTemplate->ContainsSlot(Name, Slot)) throw ETavoException(Format(SInvalidSlotName, Name));
-  return NewEntry(Name, Slot).Value;
+  Sync();
+  if (Position < 0 || Position >= Layout()->Count()) throw EMekException(Format(SListIndexError, Position));
+  return ValueAt(Position);
 }
 
 ITavoValue TFact::ContainsKey(StringView Name) {
-  CheckTemplate();
-  TFactValueHashtableEntry* Entry = FValues.Find(Name);
-  if (Entry && Entry->Slot && Entry->Slot->GetTemplateName() == FTemplate->GetTemplateName())
-    return Entry->Value;
-  IFactSlot Slot;
-  if (!FTemplate->ContainsSlot(Name, Slot)) return nullptr;
-  if (Entry) {
-    Entry->Slot = Slot;
-    return Entry->Value;
-  }
-  return NewEntry(Name, Slot).Value;
+  int Position = PositionOf(Name);
+  return Position < 0 ? nullptr : ValueAt(Position);
 }
 
-void TFact::StoreValue(const String& Name, const ITavoValue& Value, const IFactSlot& Slot) {
-  FValues.AddOrSetValue(Name, TFactValueHashtableEntry{Value, Slot});
+void TFact::StoreValue(StringView Name, const ITavoValue& Value, const IFactSlot& /*Slot*/) {
+  int Position = PositionOf(Name);
+  if (Position < 0) throw ETavoException(Format(SInvalidSlotName, Name));
+  Values()[Position] = Value;
 }
 
-void TFact::SetValue(const String& Name, const ITavoValue& Value) {
+void TFact::StoreValueAt(int Position, const ITavoValue& Value) {
   CheckTemplate();
+  Sync();
+  if (Position < 0 || Position >= Layout()->Count()) throw EMekException(Format(SListIndexError, Position));
+  Values()[Position] = Value;
+}
+
+void TFact::SetValue(StringView Name, const ITavoValue& Value) {
+  int Position = PositionOf(Name);
+  if (Position < 0) throw ETavoException(Format(SInvalidSlotName, Name));
+  SetValueAt(Position, Value);
+}
+
+void TFact::SetValueAt(int Position, const ITavoValue& Value) {
+  CheckTemplate();
+  Sync();
+  if (Position < 0 || Position >= Layout()->Count()) throw EMekException(Format(SListIndexError, Position));
   IReasoner* Reasoner = FTemplate->GetReasoner();
-  bool Dynamic = Reasoner && Reasoner->GetTypeChecks().Contains(tcDynamic);
-  TFactValueHashtableEntry* Entry = FValues.Find(Name);
-  if (!Entry || (Dynamic && (!Entry->Slot ||
-                             Entry->Slot->GetTemplateName() != FTemplate->GetTemplateName()))) {
-    IFactSlot Slot;
-    if (!FTemplate->ContainsSlot(Name, Slot)) throw ETavoException(Format(SInvalidSlotName, Name));
-    if (!Entry) {
-      FValues.Add(Name, TFactValueHashtableEntry{Value ? Value : FCNil, Slot});
-      Entry = FValues.Find(Name);
-    } else {
-      Entry->Slot = Slot;
-    }
-  }
-  if (Dynamic && Entry->Slot && !Entry->Slot->IsValid(Value)) {
-    TTavoTypes Types = Entry->Slot->GetSlotType();
+  const IFactSlot& Slot = Layout()->GetSlot(Position);
+  if (Reasoner && Reasoner->GetTypeChecks().Contains(tcDynamic) && !Slot->IsValid(Value)) {
+    TTavoTypes Types = Slot->GetSlotType();
     if (Value && Value->GetDType() == dtInteger && Types.Contains(dtFloat)) {
       Value->SetAsFloat(Value->GetAsInteger());
     } else if (Value && (Value->GetDType() == dtAtom || Value->GetDType() == dtString) &&
@@ -77,33 +126,36 @@ void TFact::SetValue(const String& Name, const ITavoValue& Value) {
       // parses expressions.
       throw ETavoException(Format(SParseTypeError, u"fuzzy values"));
     } else {
-      throw ETavoException(Entry->Slot->GetInvalidValueString(Value));
+      throw ETavoException(Slot->GetInvalidValueString(Value));
     }
   }
-  Entry->Value = Value;
+  // A slot is written for good: nothing written reads as nil.
+  Values()[Position] = Value ? Value : FCNil;
+}
+
+int TFact::GetValueCount() const {
+  if (!FTemplate || !FBlock) return 0;
+  Sync();
+  int Count = 0;
+  for (int I = 0; I < Layout()->Count(); ++I) Count += Values()[I] ? 1 : 0;
+  return Count;
 }
 
 void TFact::SetTemplate(const IFactTemplate& Value) {
   if (Value == FTemplate) return;
-  if (!Value) {
-    FValues.Clear();
-  } else if (FTemplate) {
-    for (const auto& Item : FTemplate->GetSlots()) {
-      IFactSlot NewSlot;
-      if (Value->ContainsSlot(Item.Key, NewSlot)) {
-        if (TFactValueHashtableEntry* Entry = FValues.Find(Item.Key)) Entry->Slot = NewSlot;
-      } else {
-        FValues.Remove(Item.Key);
-      }
-    }
-  }
+  if (FTemplate) Sync();
   FTemplate = Value;
-  if (!FTemplate) return;
-  for (const auto& Item : FTemplate->GetSlots()) {
-    if (FValues.ContainsKey(Item.Key)) continue;
-    const ITavoValue& Default = Item.Value->GetSlotDefault();
-    FValues.Add(Item.Key, TFactValueHashtableEntry{Default ? Default->CloneValue() : nullptr, nullptr});
+  if (!FTemplate) {
+    FBlock.reset();
+    return;
   }
+  // The values follow the new layout by name, and the new slots are filled.
+  Sync();
+  for (int I = 0; I < Layout()->Count(); ++I)
+    if (!Values()[I]) {
+      const ITavoValue& Default = Layout()->GetSlot(I)->GetSlotDefault();
+      Values()[I] = Default ? Default->CloneValue() : FCNil;
+    }
 }
 
 void TFact::AssignValues(const IFact& Fact) {
@@ -111,10 +163,12 @@ void TFact::AssignValues(const IFact& Fact) {
   if (FTemplate != Fact->FTemplate)
     throw ETavoException(Format(SFactTemplatesDifferent, FTemplate->GetTemplateName(),
                                 Fact->FTemplate->GetTemplateName()));
-  FValues.Clear();
-  for (const auto& Item : Fact->FValues)
-    FValues.Add(Item.Key, TFactValueHashtableEntry{Item.Value.Value ? Item.Value.Value->CloneValue() : nullptr,
-                                                   nullptr});
+  Sync();
+  Fact->Sync();
+  for (int I = 0; I < Layout()->Count(); ++I) {
+    const ITavoValue& Theirs = Fact->Values()[I];
+    Values()[I] = Theirs ? Theirs->CloneValue() : nullptr;
+  }
 }
 
 bool TFact::Equals(const TCloneableObject* Other) const {
@@ -123,12 +177,12 @@ bool TFact::Equals(const TCloneableObject* Other) const {
   if (!Fact || !FTemplate || Fact->FTemplate != FTemplate) return false;
   auto* Self = const_cast<TFact*>(this);
   auto* Theirs = const_cast<TFact*>(Fact);
-  const TStringList<int>& Names = FTemplate->GetSlotNames();
-  for (int I = 0; I < Names.Count(); ++I) {
-    const String& Name = Names.Get(I);
-    if (FTemplate->GetSlot(Name)->IsFuzzy()) continue;
-    const ITavoValue& Mine = Self->GetValue(Name);
-    const ITavoValue& Other = Theirs->GetValue(Name);
+  Self->Sync();
+  Theirs->Sync();
+  for (int I = 0; I < Layout()->Count(); ++I) {
+    if (Layout()->GetSlot(I)->IsFuzzy()) continue;
+    const ITavoValue& Mine = Self->ValueAt(I);
+    const ITavoValue& Other = Theirs->ValueAt(I);
     if (Mine != Other && (!Mine || !Mine->Equals(Other))) return false;
   }
   return true;
@@ -137,39 +191,35 @@ bool TFact::Equals(const TCloneableObject* Other) const {
 int32_t TFact::GetHashCode() const {
   if (!FTemplate) return 0;
   auto* Self = const_cast<TFact*>(this);
-  String Text;
-  const TStringList<int>& Names = FTemplate->GetSlotNames();
-  for (int I = 0; I < Names.Count(); ++I) {
-    const ITavoValue& Value = Self->GetValue(Names.Get(I));
-    if (Value) Text += Value->GetToString();
-  }
-  return int32_t(uint32_t(FTemplate->GetHashCode()) * 31u + uint32_t(CalculateHash(Text, 1)));
+  Sync();
+  // The values' texts, end to end, in a buffer that each thread keeps.
+  thread_local String Text;
+  Text.clear();
+  for (int I = 0; I < Layout()->Count(); ++I)
+    if (const ITavoValue& Value = Self->ValueAt(I)) Value->AppendText(Text);
+  int32_t Hash = CalculateHash(Text, 1);
+  if (Text.capacity() > 4096) String().swap(Text);
+  return int32_t(uint32_t(FTemplate->GetHashCode()) * 31u + uint32_t(Hash));
 }
 
-String TFact::SlotText(StringView Name) const {
-  const TFactValueHashtableEntry* Entry = FValues.Find(Name);
-  if (!Entry || !Entry->Value) return String();
-  return TrimRight(Entry->Value->GetToString());
+String TFact::SlotText(int Position) const {
+  const ITavoValue& Value = Values()[Position];
+  if (!Value) return String();
+  return TrimRight(Value->GetToString());
 }
 
 String TFact::ToString() const {
   String Result = u"(";
-  if (!FTemplate) {
-    for (const auto& Item : FValues) {
-      Result += u' ';
-      if (Item.Value.Value) Result += Item.Value.Value->GetToString();
-    }
-    return Result + u")";
-  }
+  if (!FTemplate) return Result + u")";
+  Sync();
   Result += FTemplate->GetTemplateName();
   if (FTemplate->IsOrdered()) {
-    String Data = SlotText(SDefaultSlotName);
+    String Data = SlotText(Layout()->IndexOf(SDefaultSlotName));
     if (!Data.empty()) Result += u' ' + Data;
   } else {
-    const TStringList<int>& Names = FTemplate->GetSlotNames();
-    for (int I = 0; I < Names.Count(); ++I) {
-      String Value = SlotText(Names.Get(I));
-      if (!Value.empty()) Result += u" (" + Names.Get(I) + u' ' + Value + u')';
+    for (int I = 0; I < Layout()->Count(); ++I) {
+      String Value = SlotText(I);
+      if (!Value.empty()) Result += u" (" + Layout()->GetSlot(I)->GetName() + u' ' + Value + u')';
     }
   }
   return Result + u")";
@@ -198,11 +248,16 @@ void TFact::Assign(const TPersistent* Source) {
     // Across engines the fact is parsed anew from its text by this engine.
     throw ETavoException(Format(SParseTypeError, u"facts"));
   FTemplate = Fact->FTemplate;
-  FValues.Clear();
-  for (const auto& Item : Fact->FValues)
-    SetValue(Item.Key, Item.Value.Value ? Item.Value.Value->CloneValue() : nullptr);
+  FBlock.reset();
+  if (FTemplate) {
+    Fact->Sync();
+    Sync();
+    // Written values only, each through the checks of SetValue.
+    for (int I = 0; I < Layout()->Count(); ++I)
+      if (const ITavoValue& Value = Fact->Values()[I]) SetValueAt(I, Value->CloneValue());
+  }
   FID = Fact->FID;
-  FTag = Fact->FTag;
+  SetTag(Fact->GetTag());
 }
 
 ICloneableObject TFact::Clone() const { return CloneFact(); }
@@ -217,10 +272,9 @@ const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
   const IFactTemplate& Template = Fact->GetTemplate();
   if (!Template) throw ETavoException(SNoTemplate);
   bool Fuzzy = Template->IsFuzzy();
-  const TStringList<int>& Names = Template->GetSlotNames();
-  for (int I = 0; I < Names.Count(); ++I) {
-    const String& Name = Names.Get(I);
-    const ITavoValue& Slot = Fact->GetValue(Name);
+  const int Count = Template->GetLayout()->Count();
+  for (int I = 0; I < Count; ++I) {
+    const ITavoValue& Slot = Fact->GetValueAt(I);
     ITavoValue Value = Slot ? Slot->Resolve(&Context) : Slot;
     if (!Fuzzy && Value && Value->GetDType() == dtList) {
       // A resolved list value may be a shared one: expand into a new value.
@@ -228,7 +282,7 @@ const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
     }
     // The fuzzy slots of a fuzzy template become sets of their variables once
     // fuzzy expressions are evaluated.
-    Fact->SetValue(Name, Value);
+    Fact->SetValueAt(I, Value);
   }
   return Fact;
 }

@@ -8,15 +8,10 @@ namespace tavo {
 
 using TFactEvent = std::function<void(TObject* Sender, const IFact& Fact)>;
 
-// One entry of a fact's table: the value, and the slot it was filled for
-// (null when that is not known), which tells a replaced template apart.
-struct TFactValueHashtableEntry {
-  ITavoValue Value;
-  IFactSlot Slot;
-};
-
-using TFactValues = TMekStringHashTable<TFactValueHashtableEntry>;
-
+// A fact holds one value per slot of its template's layout, by position; a
+// null entry is a slot not yet written, which gets a clone of its default
+// when it is first read. When the template's slots change, the values follow
+// their slots by name at the next access.
 class TFact : public TContextFact {
   TAVO_CLASS(TFact, TContextFact)
  public:
@@ -28,27 +23,40 @@ class TFact : public TContextFact {
   int GetID() const override { return FID; }
   virtual void SetID(int Value) { FID = Value; }
   const IFactTemplate& GetTemplate() const { return FTemplate; }
-  // Entries follow the new template's slots by name; the others go.
+  // Values follow the new template's slots by name; the others go, and the
+  // new slots get clones of their defaults.
   virtual void SetTemplate(const IFactTemplate& Value);
 
   // The slot's value; a slot never written gets a clone of its default.
   const ITavoValue& GetValue(StringView Name) override;
+  // The same by position in the template's current layout.
+  const ITavoValue& GetValueAt(int Position) override;
+  const void* GetSlotLayout() const override;
+  int GetSlotPosition(StringView Name) const override;
   // The slot's value, or null for a slot the template lacks.
   ITavoValue ContainsKey(StringView Name);
   // Stores the very value passed. With dynamic checks an integer for a
   // float slot becomes a float in place, and an invalid value raises.
-  virtual void SetValue(const String& Name, const ITavoValue& Value);
-  // Puts a value in the table as it is, with no checks: the road of
-  // defaults that the template fills in.
-  void StoreValue(const String& Name, const ITavoValue& Value, const IFactSlot& Slot);
-  const TFactValues& GetSlotValues() const { return FValues; }
+  virtual void SetValue(StringView Name, const ITavoValue& Value);
+  void SetValueAt(int Position, const ITavoValue& Value);
+  // Puts a value in as it is, with no checks: the road of defaults that the
+  // template fills in.
+  void StoreValue(StringView Name, const ITavoValue& Value, const IFactSlot& Slot);
+  void StoreValueAt(int Position, const ITavoValue& Value);
+  // How many slots have been written so far.
+  int GetValueCount() const;
   const TStringList<int>& GetSlotNames() const;
   // Clones of the other fact's values, which must be of the same template.
   virtual void AssignValues(const IFact& Fact);
 
   // Same template object and strictly equal values, fuzzy slots aside.
   bool Equals(const TCloneableObject* Other) const override;
+  // The template's hash and the text of the values, streamed without
+  // building the fact's text.
   int32_t GetHashCode() const override;
+  // The hash the fact list computed when it took the fact in.
+  int32_t GetListedHash() const { return FListedHash; }
+  void SetListedHash(int32_t Value) { FListedHash = Value; }
   String ToString() const override;
   // "f-" and the id, zero-padded to the width of the engine's fact counter,
   // then the fact.
@@ -60,14 +68,32 @@ class TFact : public TContextFact {
   IFact CloneFact() const;
 
  private:
-  const TFactValueHashtableEntry& NewEntry(StringView Name, const IFactSlot& Slot);
   void CheckTemplate() const;
+  // Brings the value array in line with the template's current layout.
+  void Sync() const;
+  int PositionOf(StringView Name) const;
+  const ITavoValue& ValueAt(int Position);
   // The value text of a slot for printing: empty for a slot never written.
-  String SlotText(StringView Name) const;
+  String SlotText(int Position) const;
 
-  TFactValues FValues{11};
+  // The layout the values follow, and the values right behind it in the
+  // same block.
+  struct TValueBlock {
+    ISlotLayout Layout;
+    ITavoValue* Values() { return reinterpret_cast<ITavoValue*>(this + 1); }
+    static TValueBlock* Create(const ISlotLayout& Layout);
+    static void Destroy(TValueBlock* Block) noexcept;
+  };
+  struct TBlockDeleter {
+    void operator()(TValueBlock* Block) const noexcept { TValueBlock::Destroy(Block); }
+  };
+  const ISlotLayout& Layout() const { return FBlock->Layout; }
+  ITavoValue* Values() const { return FBlock->Values(); }
+
   int FID = -1;
+  int32_t FListedHash = 0;
   IFactTemplate FTemplate;
+  mutable std::unique_ptr<TValueBlock, TBlockDeleter> FBlock;
 };
 
 // Evaluates the slot values of a fact in place, in Context: each value is

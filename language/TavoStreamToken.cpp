@@ -28,7 +28,7 @@ void TTavoStreamToken::Assign(const TPersistent* Source) {
     FLineNumber = Token->FLineNumber;
     FNumber = Token->FNumber;
     FText = Token->FText;
-    FTag = Token->FTag;
+    SetTag(Token->GetTag());
     return;
   }
   TCloneableObject::Assign(Source);

@@ -57,7 +57,7 @@ TEST(TavoFactsTest, ValuesAppearLazilyFromDefaults) {
   T->AddSlot(u"name", Atom(u"nobody"));
   T->AddSlot(u"age", Int(0));
   IFact F = T->NewFact();
-  EXPECT_EQ(F->GetSlotValues().Count(), 0);
+  EXPECT_EQ(F->GetValueCount(), 0);
   const ITavoValue& Name = F->GetValue(u"name");
   EXPECT_TRUE(Name->Equals(Atom(u"nobody")));
   EXPECT_NE(Name, T->GetSlot(u"name")->GetSlotDefault()) << "a clone of the default";
@@ -120,9 +120,9 @@ TEST(TavoFactsTest, TemplatesChangeUnderFactsByName) {
   F->SetTemplate(New);
   EXPECT_EQ(F->GetValue(u"keep")->GetAsInteger(), 7);
   EXPECT_EQ(F->GetValue(u"fresh")->GetAsAtom(), u"f");
-  EXPECT_EQ(F->GetSlotValues().Count(), 2);
+  EXPECT_EQ(F->GetValueCount(), 2);
   F->SetTemplate(nullptr);
-  EXPECT_EQ(F->GetSlotValues().Count(), 0);
+  EXPECT_EQ(F->GetValueCount(), 0);
 }
 
 TEST(TavoFactsTest, CopiesCloneValuesAndKeepIds) {
