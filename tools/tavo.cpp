@@ -5,6 +5,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -176,9 +177,13 @@ int RunHost(int argc, char** argv) {
       std::cerr << "tavo: cannot read " << File << "\n";
       return 2;
     }
-    std::stringstream Contents;
-    Contents << In.rdbuf();
-    Succeeded = RunForms(Engine, Contents.str()) && Succeeded;
+    // Read in one piece of the file's size: no growing buffer, no copy.
+    In.seekg(0, std::ios::end);
+    std::string Contents(size_t(std::max<std::streamoff>(In.tellg(), 0)), '\0');
+    In.seekg(0, std::ios::beg);
+    In.read(Contents.data(), std::streamsize(Contents.size()));
+    Contents.resize(size_t(In.gcount()));
+    Succeeded = RunForms(Engine, std::move(Contents)) && Succeeded;
   }
   std::cout.flush();
   return Succeeded ? 0 : 1;
