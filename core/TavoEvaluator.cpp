@@ -5,6 +5,13 @@
 #if defined(__linux__)
 #include <pthread.h>
 #endif
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#include <sanitizer/asan_interface.h>
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#endif
 
 namespace tavo {
 
@@ -19,7 +26,21 @@ thread_local int FunctionDepth = 0;
 constexpr size_t StackMargin = 256 * 1024;
 thread_local const char* StackLimit = nullptr;
 
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TAVO_ADDRESS_SANITIZER 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define TAVO_ADDRESS_SANITIZER 1
+#endif
+
+// The top of this thread's stack, where known.
+thread_local const char* StackTop = nullptr;
+
 const char* FindStackLimit() {
+  const char* Here = static_cast<const char*>(__builtin_frame_address(0));
+  StackTop = Here;
 #if defined(__linux__)
   pthread_attr_t Attributes;
   if (pthread_getattr_np(pthread_self(), &Attributes) == 0) {
@@ -27,12 +48,26 @@ const char* FindStackLimit() {
     size_t Size = 0;
     int Status = pthread_attr_getstack(&Attributes, &Base, &Size);
     pthread_attr_destroy(&Attributes);
-    if (Status == 0 && Size > 2 * StackMargin) return static_cast<const char*>(Base) + StackMargin;
+    if (Status == 0 && Size > 2 * StackMargin) {
+      StackTop = static_cast<const char*>(Base) + Size;
+      return static_cast<const char*>(Base) + StackMargin;
+    }
   }
 #endif
-  // Unknown bounds: allow a megabyte below the first probe.
-  char Probe;
-  return &Probe - 1024 * 1024;
+  // Unknown bounds: a megabyte below the first probe.
+  return Here - 1024 * 1024;
+}
+
+// The address sanitizer clears the marks of the frames that an exception
+// leaves only within 64 MB of the stack; from deeper down it leaves them,
+// and reports errors that are none in the frames that come after. Clear
+// them before raising.
+[[noreturn]] void RaiseStackExhausted(const TFunctionCall& Call) {
+#if defined(TAVO_ADDRESS_SANITIZER)
+  const char* Here = static_cast<const char*>(__builtin_frame_address(0));
+  if (StackTop > Here) __asan_unpoison_memory_region(Here, size_t(StackTop - Here));
+#endif
+  throw ETavoException(Format(SStackExhausted, FunctionDepth, Call.GetName()));
 }
 
 // A value of a class of the host's may resolve in its own way.
@@ -43,7 +78,7 @@ inline bool IsPlainValue(const TTavoValue& Value) { return typeid(Value) == type
 void CheckStack(const TFunctionCall& Call) {
   char Probe;
   if (!StackLimit) StackLimit = FindStackLimit();
-  if (&Probe < StackLimit) throw ETavoException(Format(SStackExhausted, FunctionDepth, Call.GetName()));
+  if (&Probe < StackLimit) RaiseStackExhausted(Call);
 }
 
 const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Scratch) {

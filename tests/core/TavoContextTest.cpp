@@ -83,3 +83,73 @@ TEST(TavoContextTest, ExpandListEvaluatesAndSplicesWhileFlattenOnlyWalks) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+using namespace testvalues;
+
+TFrameLayout LayoutOf(std::initializer_list<const char16_t*> Names) {
+  TFrameLayout Layout;
+  for (const char16_t* Name : Names) Layout.Add(Name);
+  return Layout;
+}
+
+ITavoValue Hinted(const char16_t* Name, const TFrameLayout& Layout) {
+  ITavoValue Variable = Var(Name);
+  Variable->SetFrameIndex(uint16_t(Layout.IndexOf(Name) + 1));
+  return Variable;
+}
+
+TEST(TavoContextTest, FrameSlotsAreBindingsOfTheScopeByName) {
+  TTavoContext Root;
+  TFrameLayout Layout = LayoutOf({u"n", u"s"});
+  TTavoContext Frame(&Root);
+  Frame.OpenFrame(Layout);
+  EXPECT_EQ(Frame.FindBinding(u"n"), nullptr) << "an empty slot binds nothing";
+  Frame.AddLocalBinding(u"n", Int(1));
+  ASSERT_NE(Frame.FindBinding(u"n"), nullptr);
+  EXPECT_EQ(&Frame.GetFrameBinding(0), Frame.FindBinding(u"n"));
+  EXPECT_EQ(Frame.GetVariable(u"n")->GetAsInteger(), 1);
+  // A name outside the layout goes to the scope's table.
+  Frame.AddLocalBinding(u"other", Int(2));
+  EXPECT_EQ(Frame.GetVariable(u"other")->GetAsInteger(), 2);
+  EXPECT_EQ(Frame.GetBindings().Count(), 1);
+  // The slots are given back with the scope, empty for the next frame.
+  {
+    TTavoContext Inner(&Frame);
+    Inner.OpenFrame(Layout);
+    Inner.AddLocalBinding(u"s", Int(3));
+    EXPECT_EQ(Inner.GetVariable(u"n")->GetAsInteger(), 1) << "n is found in the caller's frame";
+  }
+  TTavoContext Next(&Frame);
+  Next.OpenFrame(Layout);
+  EXPECT_EQ(Next.GetFrameBinding(1).GetValue(), nullptr);
+}
+
+TEST(TavoContextTest, HintedVariablesMeanWhatTheirNamesMean) {
+  TTavoContext Root;
+  TFrameLayout Layout = LayoutOf({u"n", u"s"});
+  Root.AddBinding(u"s", Int(100));
+  TTavoContext Frame(&Root);
+  Frame.OpenFrame(Layout);
+  Frame.AddLocalBinding(u"n", Int(5));
+  ITavoValue N = Hinted(u"n", Layout);
+  ITavoValue S = Hinted(u"s", Layout);
+  EXPECT_EQ(N->Resolve(&Frame)->GetAsInteger(), 5);
+  // Unbound in this frame: the road by name finds the outer binding, and a
+  // bind changes that binding, as bind does everywhere.
+  EXPECT_EQ(S->Resolve(&Frame)->GetAsInteger(), 100);
+  Frame.BindVariable(*S, Int(101));
+  EXPECT_EQ(Root.GetVariable(u"s")->GetAsInteger(), 101);
+  EXPECT_EQ(Frame.GetFrameBinding(1).GetValue(), nullptr);
+  // A hint that points at a slot of another name is ignored.
+  ITavoValue Wrong = Var(u"s");
+  Wrong->SetFrameIndex(1);
+  EXPECT_EQ(Wrong->Resolve(&Frame)->GetAsInteger(), 101);
+  // Outside any frame a hint changes nothing either.
+  EXPECT_EQ(FailureOf([&] { N->Resolve(&Root); }), u"Corrupted Binding, variable not found: n");
+}
+
+}  // namespace
+}  // namespace tavo

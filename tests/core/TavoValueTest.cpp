@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "tests/TestSupport.h"
 
 #include "core/TavoContext.h"
@@ -296,6 +298,88 @@ TEST(TavoValueTest, VariableResolvesToItsBindingInAContext) {
 }
 TEST(TavoValueTest, FuzzyValueReadsAsItsDefuzzifiedNumber) {
   GTEST_SKIP() << "needs fuzzy sets";
+}
+
+}  // namespace
+}  // namespace tavo
+
+namespace tavo {
+namespace {
+
+using namespace testvalues;
+
+TEST(TavoValueTest, AValueIsThreeWordsAndTheConstantsAreNeverCounted) {
+  EXPECT_LE(sizeof(TTavoValue), 24u);
+  // Atom texts are shared: a thousand equal atoms hold one text.
+  ITavoValue A = Atom(u"shared-name");
+  ITavoValue B = Atom(u"shared-name");
+  EXPECT_EQ(A->GetSharedText(), B->GetSharedText());
+  EXPECT_TRUE(A->Equals(B));
+  // Strings keep texts of their own and still compare by text.
+  ITavoValue S1 = Str(u"shared-name");
+  ITavoValue S2 = Str(u"shared-name");
+  EXPECT_NE(S1->GetSharedText(), S2->GetSharedText());
+  EXPECT_TRUE(S1->Equals(S2));
+  EXPECT_FALSE(S1->Equals(A)) << "an atom and a string of one text differ";
+  EXPECT_EQ(S1->GetHashCode(), A->GetHashCode());
+  // Holding and dropping a constant leaves its count as it was.
+  int32_t Before = FCTrue->RefCount();
+  {
+    ITavoValue Copy = FCTrue;
+    ITavoValue Another = Copy;
+  }
+  EXPECT_EQ(FCTrue->RefCount(), Before);
+  EXPECT_TRUE(FCTrue->IsImmortal());
+  EXPECT_TRUE(FCNilList->GetAsList()->IsImmortal());
+}
+
+TEST(TavoValueTest, SettersReleaseWhatTheValueHeld) {
+  IValueVector Vector = Make<TValueVector>();
+  ITavoValue V = Make<TTavoValue>(Vector);
+  EXPECT_EQ(Vector->RefCount(), 2);
+  V->SetAsAtom(u"now-an-atom");
+  EXPECT_EQ(Vector->RefCount(), 1);
+  EXPECT_EQ(V->GetText(), u"now-an-atom");
+  V->SetAsInteger(3);
+  EXPECT_EQ(V->GetText(), u"") << "no text for a number";
+  V->SetAsString(u"s");
+  ITavoValue Clone = V->CloneValue();
+  EXPECT_EQ(Clone->GetSharedText(), V->GetSharedText()) << "a clone shares the immutable text";
+  V->Reset();
+  EXPECT_EQ(Clone->GetToString(), u"\"s\"");
+}
+
+TEST(TavoValueTest, TagsLiveApartAndTravelWithCopies) {
+  ITavoValue V = Int(1);
+  EXPECT_EQ(V->GetTag(), 0);
+  V->SetTag(42);
+  EXPECT_EQ(V->GetTag(), 42);
+  EXPECT_EQ(V->CloneValue()->GetTag(), 42);
+  EXPECT_EQ(Make<TTavoValue>(V)->GetTag(), 42);
+  V->SetTag(0);
+  EXPECT_EQ(V->GetTag(), 0);
+  // A tag dies with its object: a new object at the same place has none.
+  for (int I = 0; I < 100; ++I) {
+    ITavoValue Tagged = Int(I);
+    Tagged->SetTag(I + 1);
+  }
+  EXPECT_EQ(Int(0)->GetTag(), 0);
+}
+
+TEST(TavoValueTest, AppendedTextIsTheTextForEveryKind) {
+  IValueVector Inner = Make<TValueVector>();
+  Inner->Add(Flt(-0.00001));
+  Inner->Add(Str(u"a\\b\"c"));
+  for (const ITavoValue& V :
+       {Int(-2147483647 - 1), Flt(0.12345), Flt(2.00005), Flt(-1.5), Flt(1e300), Flt(std::nan("")),
+        Flt(-INFINITY), Str(u"q\"uo\\te"), Atom(u""), Var(u"x"), Make<TTavoValue>(u"m", dtMultiVariable),
+        Make<TTavoValue>(7, dtFactId), Make<TTavoValue>(Inner), Make<TTavoValue>(), FCNilList}) {
+    String Text = u"<";
+    V->AppendText(Text);
+    EXPECT_EQ(Text, u"<" + V->GetToString());
+  }
+  EXPECT_EQ(Flt(0.12345)->GetToString(), u"0.1235");
+  EXPECT_EQ(Flt(-0.00001)->GetToString(), u"0.0000") << "no minus on a zero";
 }
 
 }  // namespace

@@ -145,3 +145,53 @@ TEST(TavoFactsTest, CopiesCloneValuesAndKeepIds) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+using namespace testvalues;
+
+TEST(TavoFactsTest, ValuesFollowTheirSlotsWhenTheTemplateChanges) {
+  IFactTemplate T = Make<TFactTemplate>(nullptr, u"p");
+  T->AddSlot(u"b", Int(0));
+  T->AddSlot(u"d", Int(0));
+  IFact F = T->NewFact();
+  F->SetValue(u"b", Int(2));
+  F->SetValue(u"d", Int(4));
+  EXPECT_EQ(F->GetSlotPosition(u"d"), 1);
+  const void* Before = F->GetSlotLayout();
+  // A slot that sorts first moves the others one place on.
+  T->AddSlot(u"a", Int(1));
+  EXPECT_NE(F->GetSlotLayout(), Before);
+  EXPECT_EQ(F->GetSlotPosition(u"d"), 2);
+  EXPECT_EQ(F->GetValueAt(2)->GetAsInteger(), 4);
+  EXPECT_EQ(F->GetValue(u"a")->GetAsInteger(), 1) << "the new slot reads its default";
+  T->RemoveSlot(u"b");
+  EXPECT_EQ(F->ToString(), u"(p (a 1) (d 4))");
+  EXPECT_EQ(FailureOf([&] { F->GetValue(u"b"); }), u"No such slot name: \"b\"");
+  EXPECT_EQ(FailureOf([&] { F->GetValueAt(5); }), u"List index out of bounds (5)");
+}
+
+TEST(TavoFactsTest, CoordinatesReadSlotsByPositionAcrossLayouts) {
+  IFactTemplate T = Make<TFactTemplate>(nullptr, u"q");
+  T->AddSlot(u"x", Int(0));
+  T->AddSlot(u"y", Int(0));
+  IFact F = T->NewFact();
+  F->SetValue(u"y", Int(9));
+  TTavoContext Context;
+  Context.SetFact(F);
+  TBindingInfo YInfo(0, u"y");
+  ITavoValue Y = Make<TTavoValue>(&YInfo, false);
+  EXPECT_EQ(Y->Resolve(&Context)->GetAsInteger(), 9);
+  EXPECT_EQ(Y->Resolve(&Context)->GetAsInteger(), 9) << "again, by the position found the first time";
+  T->AddSlot(u"w", Int(0));
+  F->SetValue(u"y", Int(10));
+  EXPECT_EQ(Y->Resolve(&Context)->GetAsInteger(), 10) << "a new layout is looked up anew";
+  TBindingInfo IdInfo(0, SPatternBinding);
+  ITavoValue Id = Make<TTavoValue>(&IdInfo, false);
+  F->SetID(12);
+  EXPECT_EQ(Id->Resolve(&Context)->GetToString(), u"<Fact-12>");
+}
+
+}  // namespace
+}  // namespace tavo

@@ -2,7 +2,7 @@
 ; and the engine carries on afterwards.
 (deffunction depth (?n) (if (= ?n 0) then 0 else (+ 1 (depth (- ?n 1)))))
 (printout t (depth 10000) crlf)
-(printout t (depth 25000) crlf)
+(printout t (depth 15000) crlf)
 ; Arguments are evaluated in the new frame, where the parameters before them
 ; are already bound: the sum goes first so that it reads the caller's ?n.
 (deffunction count-down (?acc ?n)
