@@ -172,6 +172,16 @@ TEST(TavoFactsTest, ValuesFollowTheirSlotsWhenTheTemplateChanges) {
   EXPECT_EQ(FailureOf([&] { F->GetValueAt(5); }), u"List index out of bounds (5)");
 }
 
+TEST(TavoFactsTest, AValueReadStaysValidWhileOtherSlotsAreRead) {
+  IFactTemplate T = Make<TFactTemplate>(nullptr, u"wide");
+  for (int I = 0; I < 14; ++I) T->AddSlot(u"s" + IntToStr(I), Int(I));
+  IFact F = T->NewFact();
+  const ITavoValue& First = F->GetValue(u"s0");
+  for (int I = 1; I < 14; ++I) F->GetValue(u"s" + IntToStr(I));
+  EXPECT_EQ(First->GetAsInteger(), 0);
+  EXPECT_EQ(&First, &F->GetValue(u"s0"));
+}
+
 TEST(TavoFactsTest, CoordinatesReadSlotsByPositionAcrossLayouts) {
   IFactTemplate T = Make<TFactTemplate>(nullptr, u"q");
   T->AddSlot(u"x", Int(0));

@@ -162,3 +162,41 @@ TEST(MathPackageSetupTest, PackageInstallsItsFunctionsInOrder) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+using namespace testvalues;
+
+class IntegerArithmeticTest : public ::testing::Test {
+ protected:
+  String Shown(const char16_t* Name, std::initializer_list<ITavoValue> Arguments) {
+    IFunCall Call = Make<TFunctionCall>(&Engine, Name);
+    for (const ITavoValue& Argument : Arguments) Call->AddArgument(Argument);
+    ITavoValue V = Call->Execute(&Context);
+    return GetTavoTypeName(V->GetDType()) + u" " + V->ToString();
+  }
+  TInferenceEngine Engine;
+  TTavoContext Context{nullptr, &Engine};
+};
+
+// Integers add up exactly, and the answer is the low 32 bits of the total
+// that double arithmetic reaches, saturated beyond 64 bits.
+TEST_F(IntegerArithmeticTest, TotalsWrapAsDoubleArithmeticWouldHaveThem) {
+  EXPECT_EQ(Shown(u"+", {Int(2147483647), Int(1)}), u"dtInteger -2147483648");
+  EXPECT_EQ(Shown(u"-", {Int(-2147483647 - 1), Int(1)}), u"dtInteger 2147483647");
+  EXPECT_EQ(Shown(u"*", {Int(100000), Int(100000)}), u"dtInteger 1410065408");
+  EXPECT_EQ(Shown(u"*", {Int(65536), Int(65536), Int(65536), Int(65536)}), u"dtInteger -1");
+  EXPECT_EQ(Shown(u"*", {Int(-65536), Int(65536), Int(65536), Int(65536)}), u"dtInteger 0");
+  // Past 2^53 the total is a double's: 3^40 is not exact in one.
+  EXPECT_EQ(Shown(u"*", {Int(59049), Int(59049), Int(59049), Int(59049), Int(3)}),
+            u"dtInteger " + IntToStr(TruncToInt32(59049.0 * 59049.0 * 59049.0 * 59049.0 * 3.0)));
+  // Text reads as a number but makes no float; a fraction is rounded.
+  EXPECT_EQ(Shown(u"+", {Int(1), Str(u"2")}), u"dtInteger 3");
+  EXPECT_EQ(Shown(u"+", {Int(1), Str(u"2.6")}), u"dtInteger 4");
+  EXPECT_EQ(Shown(u"+", {Int(1), Flt(2.5), Int(1)}), u"dtFloat 4.5000");
+  EXPECT_EQ(Shown(u"-", {Int(5)}), u"dtInteger 5");
+}
+
+}  // namespace
+}  // namespace tavo
