@@ -104,7 +104,8 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
       }
       return Expression;
     case dtObject:
-      if (auto* Info = dynamic_cast<TBindingInfo*>(Value.GetValue().VObject)) {
+      if (Value.HoldsBindingInfo()) {
+        auto* Info = static_cast<TBindingInfo*>(Value.GetValue().VObject);
         if (!Context) throw ETavoException(Format(SNoContext, GetTavoTypeName(dtObject)));
         Scratch = Context->ResolveBindingInfo(*Info);
         if (!Scratch) Scratch = FCNil;
@@ -132,7 +133,8 @@ ITavoValue TTavoValue::Resolve(TObject* Context) {
       if (auto* Call = static_cast<TFunctionCall*>(FValue.VInterface)) return Call->Execute(Context);
       break;
     case dtObject:
-      if (auto* Info = dynamic_cast<TBindingInfo*>(FValue.VObject)) {
+      if (HoldsBindingInfo()) {
+        auto* Info = static_cast<TBindingInfo*>(FValue.VObject);
         auto* Scope = dynamic_cast<TTavoContext*>(Context);
         if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(GetDType())));
         return Scope->ResolveBindingInfo(*Info);

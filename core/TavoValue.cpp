@@ -163,8 +163,7 @@ TTavoValue::TTavoValue(TObject* Object, bool Owns) {
   if (Owns) {
     StoreOwnedObject(Object);
   } else {
-    SetKind(dtObject);
-    FValue.VObject = Object;
+    SetObject(Object);
   }
 }
 
@@ -188,9 +187,18 @@ void TTavoValue::DropPayload() noexcept {
 
 // Ownership.
 
-void TTavoValue::StoreOwnedObject(TObject* Object) {
+void TTavoValue::SetObject(TObject* Object) {
   SetKind(dtObject);
   FValue.VObject = Object;
+  // Told apart once here, so that evaluation needs no cast.
+  if (dynamic_cast<TBindingInfo*>(Object))
+    FPacked.Flags |= vfBindingInfo;
+  else
+    FPacked.Flags &= uint8_t(~vfBindingInfo);
+}
+
+void TTavoValue::StoreOwnedObject(TObject* Object) {
+  SetObject(Object);
   // Only a component can tell the value that it went away, so only a
   // component is owned; any other object is merely referenced.
   if (TComponent* Component = dynamic_cast<TComponent*>(Object)) {
@@ -301,8 +309,7 @@ void TTavoValue::SetAsExternalAddress(void* Value) {
 void TTavoValue::SetAsObject(TObject* Value) {
   Changing(dtObject);
   DropPayload();
-  SetKind(dtObject);
-  FValue.VObject = Value;
+  SetObject(Value);
   Changed();
 }
 
@@ -652,6 +659,7 @@ void TTavoValue::Assign(const ICloneableObject& Source) {
 void TTavoValue::CopyPayload(const TTavoValue* Value) {
   FValue = Value->FValue;
   SetKind(Value->GetDType());
+  if (GetDType() == dtObject) SetObject(FValue.VObject);
   if (TavoStringTypes.Contains(GetDType()))
     FValue.VText->AddReference();
   else if (HoldsInterface() && FValue.VInterface)
@@ -690,7 +698,7 @@ void TTavoValue::CopyFromInterface(const TTavoValue* Value) {
         StoreOwnedObject(Value->CloneOwnedObject());
       } else {
         SetKind(Type);
-        FValue.VObject = Value->FValue.VObject;
+        SetObject(Value->FValue.VObject);
       }
       break;
     default:

@@ -157,6 +157,8 @@ class TTavoValue : public TCloneableObject {
   // dtSingletons, dtFuzzy); a null Value gives, say, a null fact.
   void SetInterface(TTavoType Type, ICloneableObject Value);
 
+  // True for a dtObject value that holds binding coordinates.
+  bool HoldsBindingInfo() const { return GetDType() == dtObject && (FPacked.Flags & vfBindingInfo); }
   // True while the value owns a component, which it frees when it changes.
   bool IsOwningObject() const { return (FPacked.Flags & vfOwning) != 0; }
 
@@ -182,7 +184,7 @@ class TTavoValue : public TCloneableObject {
   virtual void Changed();
 
  private:
-  enum : uint8_t { vfOwning = 1, vfHasExtras = 2 };
+  enum : uint8_t { vfOwning = 1, vfHasExtras = 2, vfBindingInfo = 4 };
   struct TExtras;
 
   bool HoldsInterface() const {
@@ -190,6 +192,7 @@ class TTavoValue : public TCloneableObject {
     return Type == dtFunCall || Type == dtFact || Type == dtList || Type == dtSingletons || Type == dtFuzzy;
   }
   void SetKind(TTavoType Type) { FPacked.Kind = uint8_t(Type); }
+  void SetObject(TObject* Object);
   static TCloneableObject* HoldInterface(TCloneableObject* Object) {
     if (Object) Object->AddReference();
     return Object;
