@@ -161,8 +161,8 @@ const ITavoValue& TFunctionCall::EvaluateArgument(int Index, TTavoContext* Conte
 
 void TFunctionCall::Bind() {
   IUserFunction Function;
-  if (!FReasoner || !FReasoner->ContainsUserFunction(FName, Function))
-    throw ETavoException(Format(SNoSuchFunction, FName));
+  if (!FReasoner || !FReasoner->ContainsUserFunction(GetName(), Function))
+    throw ETavoException(Format(SNoSuchFunction, GetName()));
   SetUserFunction(Function);
 }
 
@@ -190,7 +190,7 @@ ITavoValue TFunctionCall::Execute(TObject* Context) {
 }
 
 ITavoValue TFunctionCall::SimpleExecute(TTavoContext* Context) {
-  if (!FUserFunction) throw ETavoException(Format(SNoSuchFunction, FName));
+  if (!FUserFunction) throw ETavoException(Format(SNoSuchFunction, GetName()));
   ITavoValue Result;
   FUserFunction->CallChecked(*this, Context, Result);
   return Result;

@@ -145,7 +145,7 @@ int TFunctionCall::AddArgument(const String& Value, TTavoType Type) {
 
 void TFunctionCall::SetUserFunction(const IUserFunction& Function) {
   FUserFunction = Function;
-  FName = Function ? Function->GetFunctionName() : String();
+  FName = InternName(Function ? StringView(Function->GetFunctionName()) : StringView());
 }
 
 namespace {
@@ -170,7 +170,7 @@ bool TFunctionCall::Equals(const TCloneableObject* Other) const {
   auto* Call = dynamic_cast<const TFunctionCall*>(Other);
   if (!Call) return false;
   if (Call == this) return true;
-  if (Call->FName != FName || Call->GetArgumentCount() != GetArgumentCount()) return false;
+  if (Call->FName.Get() != FName.Get() || Call->GetArgumentCount() != GetArgumentCount()) return false;
   for (int I = 0; I < GetArgumentCount(); ++I) {
     const ITavoValue& Mine = FArguments.Get(I);
     const ITavoValue& Theirs = Call->FArguments.Get(I);
@@ -180,10 +180,22 @@ bool TFunctionCall::Equals(const TCloneableObject* Other) const {
 }
 
 int32_t TFunctionCall::GetHashCode() const {
-  uint32_t Hash = uint32_t(CalculateHash(FName));
+  uint32_t Hash = uint32_t(FName ? FName.Get()->Hash() : CalculateHash(StringView()));
   for (const ITavoValue& Argument : FArguments)
     if (Argument) Hash += uint32_t(Argument->GetHashCode());
   return int32_t(Hash);
+}
+
+const String& TFunctionCall::GetComment() const {
+  static const String Empty;
+  return FComment ? *FComment : Empty;
+}
+
+void TFunctionCall::SetComment(const String& Value) {
+  if (Value.empty())
+    FComment.reset();
+  else
+    FComment = std::make_unique<String>(Value);
 }
 
 String TFunctionCall::ToString() const { return FunCallToString(*this); }
@@ -196,7 +208,7 @@ void TFunctionCall::Assign(const TPersistent* Source) {
   }
   if (Call == this) return;
   FName = Call->FName;
-  FComment = Call->FComment;
+  FComment = Call->FComment ? std::make_unique<String>(*Call->FComment) : nullptr;
   SetTag(Call->GetTag());
   TInterfaceList<TTavoValue> Arguments;
   for (const ITavoValue& Argument : Call->FArguments) Arguments.Add(Argument ? Argument->CloneValue() : nullptr);
@@ -206,7 +218,7 @@ void TFunctionCall::Assign(const TPersistent* Source) {
 ICloneableObject TFunctionCall::Clone() const { return CloneCall(); }
 
 IFunCall TFunctionCall::CloneCall() const {
-  IFunCall Result = Make<TFunctionCall>(FReasoner, FName);
+  IFunCall Result = Make<TFunctionCall>(FReasoner, GetName());
   Result->Assign(this);
   return Result;
 }
@@ -224,7 +236,8 @@ String FunCallToString(const TFunctionCall& Call) {
       Start = End + ((Rest[End] == u'\r' && End + 1 < Rest.size() && Rest[End + 1] == u'\n') ? 2 : 1);
     }
   }
-  Result += u"(" + Call.GetName();
+  Result += u"(";
+  Result += Call.GetName();
   for (int I = 0; I < Call.GetArgumentCount(); ++I) {
     Result += u' ';
     if (const ITavoValue& Argument = Call.GetArgument(I)) Result += Argument->GetToString();

@@ -106,7 +106,7 @@ class TFunctionCall : public TCloneableObject {
   TAVO_CLASS(TFunctionCall, TCloneableObject)
  public:
   TFunctionCall() = default;
-  TFunctionCall(IReasoner* Reasoner, String Name) : FReasoner(Reasoner), FName(std::move(Name)) {}
+  TFunctionCall(IReasoner* Reasoner, StringView Name) : FReasoner(Reasoner), FName(InternName(Name)) {}
 
   int AddArgument(const ITavoValue& Value);
   int AddArgument(double Value, TTavoType Type);
@@ -130,9 +130,9 @@ class TFunctionCall : public TCloneableObject {
 
   IReasoner* GetReasoner() const { return FReasoner; }
   void SetReasoner(IReasoner* Value) { FReasoner = Value; }
-  const String& GetName() const { return FName; }
-  const String& GetComment() const { return FComment; }
-  void SetComment(const String& Value) { FComment = Value; }
+  StringView GetName() const { return FName.View(); }
+  const String& GetComment() const;
+  void SetComment(const String& Value);
   const IUserFunction& GetUserFunction() const { return FUserFunction; }
   // Binds the call; it takes the function's name, or none for null.
   void SetUserFunction(const IUserFunction& Function);
@@ -167,8 +167,12 @@ class TFunctionCall : public TCloneableObject {
   IReasoner* FReasoner = nullptr;
   TInterfaceList<TTavoValue> FArguments;
   IUserFunction FUserFunction;
-  String FName;
-  String FComment;
+  static TSharedTextRef InternName(StringView Name) { return TSharedTextRef::Adopt(TSharedText::Intern(Name)); }
+
+  // Names are interned: calls of one function share the text. Few calls
+  // carry a comment.
+  TSharedTextRef FName;
+  std::unique_ptr<String> FComment;
 };
 
 // An argument evaluated for use at once, within one expression or a short
