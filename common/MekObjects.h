@@ -98,10 +98,18 @@ class TCounted : public Base {
   void AddReference() const noexcept {
     if (FRefCount.load(std::memory_order_relaxed) >= 0) FRefCount.fetch_add(1, std::memory_order_relaxed);
   }
+  // The last reference needs no atomic step: with the count at one, no
+  // other holder exists that could take another.
   void ReleaseReference() const noexcept {
-    if (FRefCount.load(std::memory_order_relaxed) >= 0 &&
-        FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1)
-      delete this;
+    const int32_t Count = FRefCount.load(std::memory_order_acquire);
+    if (Count == 1 || (Count > 0 && FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1)) delete this;
+  }
+  // The first reference to an object that no other thread can see yet.
+  void AdoptFirstReference() const noexcept {
+    if (FRefCount.load(std::memory_order_relaxed) == 0)
+      FRefCount.store(1, std::memory_order_relaxed);
+    else
+      AddReference();
   }
   int32_t RefCount() const noexcept { return FRefCount.load(std::memory_order_relaxed); }
   // Makes the object live as long as the process: no reference counts it
@@ -157,6 +165,13 @@ class TRef {
     return *this;
   }
 
+  // Takes over a reference that Ptr already holds for the handle.
+  static TRef Adopt(T* Ptr) noexcept {
+    TRef Result;
+    Result.FPtr = Ptr;
+    return Result;
+  }
+
   T* Get() const noexcept { return FPtr; }
   T* operator->() const noexcept { return FPtr; }
   T& operator*() const noexcept { return *FPtr; }
@@ -179,7 +194,9 @@ class TRef {
 // after-construction step.
 template <class T, class... A>
 TRef<T> Make(A&&... Args) {
-  TRef<T> Result(new T(std::forward<A>(Args)...));
+  T* Object = new T(std::forward<A>(Args)...);
+  Object->AdoptFirstReference();
+  TRef<T> Result = TRef<T>::Adopt(Object);
   Result->AfterConstruction();
   return Result;
 }

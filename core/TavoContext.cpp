@@ -207,16 +207,23 @@ TBinding* TTavoContext::FindBinding(StringView Name) const {
   return nullptr;
 }
 
-// The variable's hint leads straight to a bound slot of this frame; any
-// other case takes the road by name.
+// Scope by scope, as FindBinding: where the variable's hint names a slot of
+// the scope's frame, that slot is the scope's binding of the name, bound or
+// not, and the frame needs no search.
 const ITavoValue* TTavoContext::FindVariable(const TTavoValue& Variable) const {
   TSharedText* Name = Variable.GetValue().VText;
-  if (int Hint = Variable.GetFrameIndex(); Hint > 0 && Hint <= FFrameCount) {
-    TBinding& Slot = FFrame[Hint - 1];
-    if (Slot.FName.Get() == Name && Slot.FValue) return &Slot.FValue;
+  const int Hint = Variable.GetFrameIndex();
+  for (const TTavoContext* Context = this; Context; Context = Context->FParent) {
+    if (Hint > 0 && Hint <= Context->FFrameCount) {
+      TBinding& Slot = Context->FFrame[Hint - 1];
+      if (Slot.FName.Get() == Name) {
+        if (Slot.FValue) return &Slot.FValue;
+        if (!Context->FBindings) continue;
+      }
+    }
+    if (TBinding* Binding = Context->OwnBinding(Name->View())) return &Binding->FValue;
   }
-  TBinding* Binding = FindBinding(Name->View());
-  return Binding ? &Binding->FValue : nullptr;
+  return nullptr;
 }
 
 void TTavoContext::BindVariable(const TTavoValue& Variable, const ITavoValue& Value) {

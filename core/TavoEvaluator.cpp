@@ -1,6 +1,5 @@
 #include "core/TavoEvaluator.h"
 
-#include <typeinfo>
 
 #if defined(__linux__)
 #include <pthread.h>
@@ -70,8 +69,12 @@ const char* FindStackLimit() {
   throw ETavoException(Format(SStackExhausted, FunctionDepth, Call.GetName()));
 }
 
-// A value of a class of the host's may resolve in its own way.
-inline bool IsPlainValue(const TTavoValue& Value) { return typeid(Value) == typeid(TTavoValue); }
+// The result of Evaluate as a reference of its own: taken from Scratch,
+// or shared with the expression or binding it came from.
+inline ITavoValue Take(const ITavoValue& Value, ITavoValue& Scratch) {
+  return &Value == &Scratch ? std::move(Scratch) : Value;
+}
+
 
 }  // namespace
 
@@ -83,7 +86,9 @@ void CheckStack(const TFunctionCall& Call) {
 
 const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Scratch) {
   TTavoValue& Value = *Expression;
-  if (!IsPlainValue(Value)) {
+  // A value of a class of the host's may resolve in its own way; so may
+  // one made without the factory, which has no mark either.
+  if (!Value.IsPlainClass()) {
     Scratch = Value.Resolve(Context);
     if (!Scratch) Scratch = FCNil;
     return Scratch;
@@ -151,8 +156,7 @@ ITavoValue TTavoValue::Resolve(TObject* Context) {
 
 ITavoValue TFunctionCall::EvaluateArgument(int Index, TTavoContext* Context) const {
   ITavoValue Scratch;
-  const ITavoValue& Value = Evaluate(GetArgument(Index), Context, Scratch);
-  return &Value == &Scratch ? std::move(Scratch) : Value;
+  return Take(Evaluate(GetArgument(Index), Context, Scratch), Scratch);
 }
 
 const ITavoValue& TFunctionCall::EvaluateArgument(int Index, TTavoContext* Context, ITavoValue& Scratch) const {
@@ -281,9 +285,9 @@ void TInterpretedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
         if (int Slot = size_t(I) < FParameterSlots.size() ? FParameterSlots[size_t(I)] : -1;
             Slot >= 0 && Slot < Child.GetFrameCount() &&
             Child.GetFrameBinding(Slot).GetNameText() == Parameter->GetSharedText())
-          Child.GetFrameBinding(Slot).SetValue(Evaluate(FunCall.GetArgument(I), &Child, Scratch));
+          Child.GetFrameBinding(Slot).SetValue(Take(Evaluate(FunCall.GetArgument(I), &Child, Scratch), Scratch));
         else
-          Child.AddLocalBinding(Name, Evaluate(FunCall.GetArgument(I), &Child, Scratch));
+          Child.AddLocalBinding(Name, Take(Evaluate(FunCall.GetArgument(I), &Child, Scratch), Scratch));
         break;
       default: {
         IValueVector Rest = Make<TValueVector>();
@@ -303,10 +307,12 @@ void TInterpretedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   }
   // A body without statements gives nil; the last result is resolved once
   // more, which turns a returned variable into its value.
-  if (FStatements.Count() > 0 && Result)
-    Result = ITavoValue(Evaluate(Result, &Child, Scratch));
-  else
+  if (FStatements.Count() > 0 && Result) {
+    const ITavoValue& Final = Evaluate(Result, &Child, Scratch);
+    if (&Final != &Result) Result = Take(Final, Scratch);
+  } else {
     Result = FCNil;
+  }
 }
 
 // TTavoContext

@@ -6,6 +6,8 @@
 #include <typeinfo>
 #include <limits>
 #include <mutex>
+#include <new>
+#include <utility>
 
 #include "core/TavoContext.h"
 #include "core/TavoFunctions.h"
@@ -125,6 +127,65 @@ TTavoValueChangeEvent TTavoValue::GetOnChange() const {
 void TTavoValue::SetOnChange(TTavoValueChangeEvent Value) {
   if (!Value && !(FPacked.Flags & vfHasExtras)) return;
   GetExtras(true)->OnChange = std::move(Value);
+}
+
+// The thread's cache of value blocks: a free list of blocks of exactly a
+// value's size, kept to a bound. The address sanitizer sees every block
+// come and go instead.
+
+namespace {
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define TAVO_NO_VALUE_CACHE 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define TAVO_NO_VALUE_CACHE 1
+#endif
+
+struct TFreeBlock {
+  TFreeBlock* Next;
+};
+
+struct TValueCache {
+  TFreeBlock* Free = nullptr;
+  int Count = 0;
+  ~TValueCache();
+};
+
+constexpr int MaxCachedValues = 4096;
+// Set once the thread's cache is gone, while the thread still frees values.
+thread_local bool CacheGone = false;
+thread_local TValueCache Cache;
+
+TValueCache::~TValueCache() {
+  CacheGone = true;
+  while (Free) ::operator delete(std::exchange(Free, Free->Next));
+  Count = 0;
+}
+
+}  // namespace
+
+void* TTavoValue::operator new(size_t Size) {
+#if !defined(TAVO_NO_VALUE_CACHE)
+  if (Size == sizeof(TTavoValue) && !CacheGone && Cache.Free) {
+    --Cache.Count;
+    return std::exchange(Cache.Free, Cache.Free->Next);
+  }
+#endif
+  return ::operator new(Size);
+}
+
+void TTavoValue::operator delete(void* Block, size_t Size) noexcept {
+#if !defined(TAVO_NO_VALUE_CACHE)
+  if (Size == sizeof(TTavoValue) && !CacheGone && Cache.Count < MaxCachedValues) {
+    Cache.Free = new (Block) TFreeBlock{Cache.Free};
+    ++Cache.Count;
+    return;
+  }
+#endif
+  ::operator delete(Block);
 }
 
 // Construction.
@@ -439,7 +500,7 @@ String TTavoValue::GetToString() const {
 
 void TTavoValue::AppendText(String& Out) const {
   // A class of the host's may print in its own way.
-  if (typeid(*this) != typeid(TTavoValue))
+  if (!IsPlainClass())
     Out += GetToString();
   else
     AppendOwnText(Out);
@@ -774,7 +835,13 @@ ICloneableObject TTavoValue::Clone() const { return CloneValue(); }
 
 ITavoValue TTavoValue::CloneValue() const {
   // A descendant clones into its own class.
-  return ITavoValue(static_cast<TTavoValue*>(ClonePersistentClass(this, ClassType()).release()));
+  ITavoValue Result(static_cast<TTavoValue*>(ClonePersistentClass(this, ClassType()).release()));
+  Result->AfterConstruction();
+  return Result;
+}
+
+void TTavoValue::AfterConstruction() {
+  if (typeid(*this) == typeid(TTavoValue)) FPacked.Flags |= vfPlainClass;
 }
 
 }  // namespace tavo

@@ -53,6 +53,14 @@ class TTavoValue : public TCloneableObject {
     FValue.VInterface = HoldInterface(Intf.Get());
   }
   ~TTavoValue() override;
+  // Values are made and freed by the million: blocks of this class's size
+  // come from a cache of the thread.
+  static void* operator new(size_t Size);
+  static void operator delete(void* Block, size_t Size) noexcept;
+  // Notes whether the value is of this very class, whose Resolve the
+  // evaluator may take the place of.
+  void AfterConstruction() override;
+  bool IsPlainClass() const { return (FPacked.Flags & vfPlainClass) != 0; }
 
   // Copying. Assign(persistent) is the road of Clone and shares lists;
   // Assign(interface) gives a list value a vector of its own.
@@ -184,7 +192,7 @@ class TTavoValue : public TCloneableObject {
   virtual void Changed();
 
  private:
-  enum : uint8_t { vfOwning = 1, vfHasExtras = 2, vfBindingInfo = 4 };
+  enum : uint8_t { vfOwning = 1, vfHasExtras = 2, vfBindingInfo = 4, vfPlainClass = 8 };
   struct TExtras;
 
   bool HoldsInterface() const {
