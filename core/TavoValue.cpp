@@ -215,7 +215,7 @@ TTavoValue::TTavoValue(double Value) {
 
 TTavoValue::TTavoValue(const ITavoValue& Source) {
   FValue.VExtended = 0;
-  if (!Source) throw EMekException(SIntfCastError);
+  if (!Source) throw ETavoException(SIntfCastError);
   CopyFromInterface(Source.Get());
 }
 
@@ -708,7 +708,7 @@ void TTavoValue::Assign(const TPersistent* Source) {
 
 void TTavoValue::Assign(const ICloneableObject& Source) {
   const TTavoValue* Value = dynamic_cast<const TTavoValue*>(Source.Get());
-  if (!Value) throw EMekException(SIntfCastError);
+  if (!Value) throw ETavoException(SIntfCastError);
   if (Value == this) return;
   Reset();
   CopyFromInterface(Value);

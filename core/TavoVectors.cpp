@@ -49,7 +49,7 @@ int32_t TValueVector::GetHashCode() const {
 
 void TValueVector::Assign(const ICloneableObject& Source) {
   const TValueVector* Vector = dynamic_cast<const TValueVector*>(Source.Get());
-  if (!Vector) throw EMekException(SIntfCastError);
+  if (!Vector) throw ETavoException(SIntfCastError);
   CopyFrom(Vector);
 }
 
@@ -147,7 +147,7 @@ void TSingletonsVector::CopyPairs(const TSingletonsVector* Source) {
 
 void TSingletonsVector::Assign(const ICloneableObject& Source) {
   auto* Vector = dynamic_cast<const TSingletonsVector*>(Source.Get());
-  if (!Vector) throw EMekException(SIntfCastError);
+  if (!Vector) throw ETavoException(SIntfCastError);
   CopyPairs(Vector);
   FParser = Vector->FParser;
 }

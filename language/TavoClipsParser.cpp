@@ -108,7 +108,7 @@ ITavoValue TTavoClipsParser::FunCallValue() { return Make<TTavoValue>(ParseFunCa
 
 void TTavoClipsParser::ParseError(StringView Where, StringView Message) {
   String Text = Stream().ToString();
-  if (Text.size() > 255) Text = Text.substr(0, 128) + u"... \r\n" + Text.substr(Text.size() - 128);
+  if (Text.size() > 255) Text = Text.substr(0, 128) + u"... \r\n" + Text.substr(Text.size() - 129, 128);
   int Line = CurrentLine();
   throw ETavoParseException(Format(SParseError, Message, Where, IntToStr(Line), Text), Line);
 }

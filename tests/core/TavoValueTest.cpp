@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 
 #include "tests/TestSupport.h"
 
@@ -292,10 +293,25 @@ TEST(TavoValueTest, ResolveGivesPlainDataThemselves) {
             u"No context found when trying to resolve a dtObject value");
 }
 
-// Extension points: these behaviours arrive with the pieces they need.
 TEST(TavoValueTest, VariableResolvesToItsBindingInAContext) {
-  GTEST_SKIP() << "needs the evaluation context";
+  TTavoContext Root;
+  ITavoValue Items = List({Int(1), Int(2)});
+  Root.AddBinding(u"rest", Items);
+  std::unique_ptr<TTavoContext> Child(Root.Push());
+  Child->AddLocalBinding(u"x", Int(4));
+  // Both kinds of variable find the nearest binding, up the chain, and give
+  // the bound value itself.
+  EXPECT_EQ(Txt(u"rest", dtMultiVariable)->Resolve(Child.get()), Items);
+  EXPECT_EQ(Txt(u"x", dtVariable)->Resolve(Child.get())->GetAsInteger(), 4);
+  EXPECT_EQ(FailureOf([&] { Txt(u"x", dtVariable)->Resolve(&Root); }),
+            u"Corrupted Binding, variable not found: x");
+  // A binding without a value counts as none.
+  Root.AddBinding(u"empty", nullptr);
+  EXPECT_EQ(FailureOf([&] { Txt(u"empty", dtVariable)->Resolve(Child.get()); }),
+            u"Corrupted Binding, variable not found: empty");
 }
+
+// Extension points: these behaviours arrive with the pieces they need.
 TEST(TavoValueTest, FuzzyValueReadsAsItsDefuzzifiedNumber) {
   GTEST_SKIP() << "needs fuzzy sets";
 }

@@ -50,6 +50,11 @@ TEST(TavoVectorsTest, CopiesCloneItemsAndRefuseThePersistentRoad) {
   } catch (const EMekException& E) {
     EXPECT_EQ(E.Message(), u"Cannot assign a TValueVector to a TValueVector");
   }
+  // Another kind of object is refused as a failure of the engine, which a
+  // host that catches only those still catches.
+  EXPECT_THROW(Copy->Assign(ICloneableObject(Int(1))), ETavoException);
+  EXPECT_THROW(Make<TSingletonsVector>()->Assign(ICloneableObject(Source)), ETavoException);
+  EXPECT_THROW(Int(1)->Assign(ICloneableObject(Source)), ETavoException);
 }
 
 TEST(TavoVectorsTest, ListOperationsWorkByReferenceAndCheckIndices) {

@@ -125,8 +125,13 @@ TEST(TavoClipsParserTest, LongFormsAreCutAndDeepOnesRefused) {
   for (int I = 0; I < 100; ++I) Long += u" arg" + IntToStr(I);
   Long += u" &";
   String Message = FailureOf([&] { P.On(Long.c_str()).ParseValue(); });
-  EXPECT_NE(Message.find(u"... \r\n"), String::npos);
-  EXPECT_LT(Message.size(), 400u);
+  size_t Cut = Message.find(u"... \r\n");
+  ASSERT_NE(Cut, String::npos);
+  // The tail is the 128 characters that start 128 from the end, counted
+  // from 1: the form's last character stays out.
+  String Tail = Message.substr(Cut + 6);
+  EXPECT_EQ(Tail.size(), 128u);
+  EXPECT_EQ(Tail.substr(Tail.size() - 11), u"arg99 & EOF") << "the last blank stays out";
   String Deep;
   for (int I = 0; I < 2000; ++I) Deep += u"(f ";
   EXPECT_NE(FailureOf([&] { P.On(Deep.c_str()).ParseFunCall(); }).find(u"nested more than 256 levels"), String::npos);
