@@ -1,16 +1,10 @@
 #include "core/TavoEvaluator.h"
 
-
 #if defined(__linux__)
 #include <pthread.h>
 #endif
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#include <sanitizer/asan_interface.h>
-#endif
-#elif defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/asan_interface.h>
-#endif
+
+#include "common/MekSanitizer.h"
 
 namespace tavo {
 
@@ -24,15 +18,6 @@ thread_local int FunctionDepth = 0;
 // reporting that still run when the guard fires.
 constexpr size_t StackMargin = 256 * 1024;
 thread_local const char* StackLimit = nullptr;
-
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TAVO_ADDRESS_SANITIZER 1
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__)
-#define TAVO_ADDRESS_SANITIZER 1
-#endif
 
 // The top of this thread's stack, where known.
 thread_local const char* StackTop = nullptr;

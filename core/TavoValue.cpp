@@ -1,13 +1,15 @@
 #include "core/TavoValue.h"
 
-#include <cmath>
 #include <charconv>
+#include <cmath>
 #include <cstring>
-#include <typeinfo>
 #include <limits>
 #include <mutex>
 #include <new>
+#include <typeinfo>
 #include <utility>
+
+#include "common/MekSanitizer.h"
 
 #include "core/TavoContext.h"
 #include "core/TavoFunctions.h"
@@ -135,15 +137,11 @@ void TTavoValue::SetOnChange(TTavoValueChangeEvent Value) {
 
 namespace {
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define TAVO_NO_VALUE_CACHE 1
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(TAVO_ADDRESS_SANITIZER)
 #define TAVO_NO_VALUE_CACHE 1
 #endif
 
+#if !defined(TAVO_NO_VALUE_CACHE)
 struct TFreeBlock {
   TFreeBlock* Next;
 };
@@ -164,6 +162,7 @@ TValueCache::~TValueCache() {
   while (Free) ::operator delete(std::exchange(Free, Free->Next));
   Count = 0;
 }
+#endif
 
 }  // namespace
 
@@ -184,6 +183,8 @@ void TTavoValue::operator delete(void* Block, size_t Size) noexcept {
     ++Cache.Count;
     return;
   }
+#else
+  (void)Size;
 #endif
   ::operator delete(Block);
 }

@@ -346,7 +346,8 @@ TEST(TavoValueTest, AValueIsThreeWordsAndTheConstantsAreNeverCounted) {
   }
   EXPECT_EQ(FCTrue->RefCount(), Before);
   EXPECT_TRUE(FCTrue->IsImmortal());
-  EXPECT_TRUE(FCNilList->GetAsList()->IsImmortal());
+  const TValueVector* NilItems = FCNilList->PeekInterface<TValueVector>();
+  EXPECT_TRUE(NilItems->IsImmortal());
 }
 
 TEST(TavoValueTest, SettersReleaseWhatTheValueHeld) {

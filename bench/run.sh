@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Times the workload scripts through the command-line host, whole process,
-# and prints the median user+system CPU seconds and peak memory of N runs.
-# Usage: bench/run-scripts.sh [TAVO] [RUNS]
+# and prints the median user+system CPU seconds and peak memory of N runs;
+# then runs the benchmark programs built beside TAVO: evaluation (calls,
+# heap allocations per call, parsing), values, and facts.
+# Usage: bench/run.sh [TAVO] [RUNS]
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 tavo=${1:-$here/../build/release/tavo}
@@ -27,4 +29,13 @@ for script in "$here"/scripts/*.clp "$work/deffunctions.clp"; do
     echo "$mem" >> "$work/mem"
   done
   printf '%-14s %10s %12s\n' "$name" "$(median < "$work/cpu")" "$(median < "$work/mem")"
+done
+
+build=$(dirname "$tavo")/bench
+for program in EvaluationBench ValueBench FactsBench; do
+  if [ -x "$build/$program" ]; then
+    echo
+    "$build/$program" --benchmark_repetitions="$runs" --benchmark_report_aggregates_only=true 2>&1 |
+      grep -E '^(BM_|Benchmark|-)' | grep -v -E '_(mean|stddev|cv) '
+  fi
 done
