@@ -3,37 +3,14 @@
 // takes. Live bytes and allocations are counted by replacing operator new.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
+#include "bench/HeapCounter.h"
 #include "engine/InferenceEngine.h"
 #include "language/TavoClipsParser.h"
 
 using namespace tavo;
 
-namespace {
-
-std::atomic<int64_t> LiveBytes{0};
-std::atomic<int64_t> Allocations{0};
-
-}  // namespace
-
-void* operator new(std::size_t Size) {
-  void* P = std::malloc(Size + 16);
-  if (!P) throw std::bad_alloc();
-  *static_cast<std::size_t*>(P) = Size;
-  LiveBytes += int64_t(Size);
-  ++Allocations;
-  return static_cast<char*>(P) + 16;
-}
-void operator delete(void* P) noexcept {
-  if (!P) return;
-  char* Block = static_cast<char*>(P) - 16;
-  LiveBytes -= int64_t(*reinterpret_cast<std::size_t*>(Block));
-  std::free(Block);
-}
-void operator delete(void* P, std::size_t) noexcept { operator delete(P); }
+using heapcounter::LiveBytes;
+using heapcounter::Allocations;
 
 // One call of a two-statement deffunction: the counter says how many times a
 // call goes to the heap, its values included (they come from the thread's

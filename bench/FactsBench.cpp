@@ -4,35 +4,12 @@
 // keeps alive.
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <cstdlib>
-#include <new>
-
+#include "bench/HeapCounter.h"
 #include "engine/InferenceEngine.h"
 
 using namespace tavo;
 
-namespace {
-
-std::atomic<int64_t> LiveBytes{0};
-
-}  // namespace
-
-// Counts live heap bytes, so that the cost of a fact can be read off.
-void* operator new(std::size_t Size) {
-  void* P = std::malloc(Size + 16);
-  if (!P) throw std::bad_alloc();
-  *static_cast<std::size_t*>(P) = Size;
-  LiveBytes += int64_t(Size);
-  return static_cast<char*>(P) + 16;
-}
-void operator delete(void* P) noexcept {
-  if (!P) return;
-  char* Block = static_cast<char*>(P) - 16;
-  LiveBytes -= int64_t(*reinterpret_cast<std::size_t*>(Block));
-  std::free(Block);
-}
-void operator delete(void* P, std::size_t) noexcept { operator delete(P); }
+using heapcounter::LiveBytes;
 
 static void BM_AssertDistinctFacts(benchmark::State& State) {
   const int Count = int(State.range(0));
