@@ -1,5 +1,8 @@
 #include "language/TavoClipsParser.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "core/TavoHelperFunctions.h"
 #include "engine/InferenceEngine.h"
 
@@ -227,10 +230,20 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
     case ptGlobals:
       ParseGlobalVariables();
       break;
+    case ptFactTemplate: {
+      IFactTemplate Template = ParseFactTemplate();
+      Construct = Template;
+      if (FOwner) FOwner->GetFactTemplates()->AddOrSetValue(Template->GetTemplateName(), Template);
+      break;
+    }
+    case ptDefType: {
+      ITavoDefinedType DefinedType = ParseDefinedType();
+      Construct = DefinedType;
+      if (FOwner) FOwner->GetDefinedTypes()->AddOrSetValue(DefinedType->GetName(), DefinedType);
+      break;
+    }
     case ptRule:
     case ptFactSet:
-    case ptFactTemplate:
-    case ptDefType:
     case ptDefModule:
       NotYet(GetConstructName(Type));
     case ptEOF:
@@ -722,6 +735,366 @@ void TTavoClipsParser::ParseGlobalVariables() {
     ITavoValue Value = ParseVariable(Name);
     if (FOwner) FOwner->GetGlobalVariables()->AddOrSetValue(Name, Value);
   }
+}
+
+// Definition constructs.
+
+TTavoContext* TTavoClipsParser::GlobalContext() const { return FOwner ? FOwner->GetContext() : nullptr; }
+
+namespace {
+
+IReasoner* ReasonerOf(TInferenceEngine* Engine) { return Engine; }
+
+}  // namespace
+
+IFactTemplate TTavoClipsParser::ParseFactTemplate() {
+  const StringView Where = u"ParseFactTemplate";
+  String Name, Module, Comment;
+  IStreamToken Token = ParseHeader(Name, Module, Comment, true, Where, SExpectedDefTemplate, u"deftemplate");
+  String ParentName;
+  ITavoDefinedType IsA;
+  if (Token->GetDataType() == dtAtom) {
+    if (Token->GetText() == u"extends") {
+      IStreamToken Parent = Next();
+      if (Parent->GetDataType() != dtAtom) ParseError(Where, SMissingParentTemplateName);
+      ParentName = Parent->GetText();
+    } else if (Token->GetText() == u"is-a") {
+      IStreamToken TypeName = Next();
+      if (TypeName->GetDataType() != dtAtom) ParseError(Where, SMissingIsaTypeName);
+      IsA = FOwner ? FOwner->FindDefinedType(TypeName->GetText()) : nullptr;
+      if (!IsA) ParseError(Where, SUnknownTypeName, TypeName->GetText());
+    } else {
+      ParseError(Where, SExpectedExtends);
+    }
+    Token = Next();
+  }
+  // An unknown parent is no error: the template then has none.
+  IFactTemplate Parent = !ParentName.empty() && FOwner ? FOwner->FindFactTemplate(ParentName) : nullptr;
+  IFactTemplate Template;
+  if (Parent) {
+    Template = Make<TFactTemplate>(FOwner, Parent, Comment, Name);
+  } else {
+    Template = Make<TFactTemplate>(FOwner, Name);
+    Template->SetComment(Comment);
+  }
+  if (IsA) {
+    // An ordered template of the type: no slot definitions follow.
+    Template->AddMultiSlot(SDefaultSlotName, FCNilList)->SetExtendedTypeInfo(IsA);
+  } else {
+    while (Token->GetDataType() == KindOpen) {
+      PutBack(Token);
+      Template->AddSlot(ParseFactTemplateSlot());
+      Token = Next();
+    }
+  }
+  if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+  if (OnParseFactTemplate) OnParseFactTemplate(this, Template);
+  return Template;
+}
+
+ITavoDefinedType TTavoClipsParser::ImplicitType(const IFactSlot& Slot) {
+  const ITavoDefinedType& Present = Slot->GetExtendedTypeInfo();
+  if (Present && Present->GetImplicit()) return Present;
+  // A named type is never changed: the slot gets a copy of its own.
+  ITavoDefinedType Type = Make<TTavoDefinedType>(ReasonerOf(FOwner));
+  if (Present) Type->Assign(Present.Get());
+  Slot->SetExtendedTypeInfo(Type);
+  Type->SetImplicit(true);
+  return Type;
+}
+
+IFactSlot TTavoClipsParser::ParseFactTemplateSlot() {
+  const StringView Where = u"ParseFactTemplateSlot";
+  if (Next()->GetDataType() != KindOpen) ParseError(Where, SExpectedChar, u"(");
+  IStreamToken Kind = Next();
+  const String& Word = Kind->GetText();
+  if (Kind->GetDataType() != dtAtom || (Word != u"slot" && Word != u"field" && Word != u"multislot"))
+    ParseError(Where, SInvalidSlotType, Kind->ToString());
+  const bool Multi = Word == u"multislot";
+  TTavoTypes Types = Multi ? TavoSlotTypes + TavoMultiSlotTypes : TavoSlotTypes;
+  IStreamToken NameToken = Next();
+  if (NameToken->GetDataType() != dtAtom) ParseError(Where, SBadSlotName, NameToken->ToString());
+  IFactSlot Slot = Make<TFactSlot>();
+  Slot->SetName(NameToken->GetText());
+
+  ITavoValue Default;
+  bool HasDefault = false;
+  IStreamToken Token = Next();
+  while (Token->GetDataType() == KindOpen) {
+    IStreamToken Opener = Token;
+    IStreamToken Qualifier = Next();
+    // This one message goes out as it stands, placeholder and all.
+    if (Qualifier->GetDataType() != dtAtom) ParseError(Where, StringView(SInvalidSlotQualifier));
+    const String Name = LowerCase(Qualifier->GetText());
+    if (Name == u"default" || Name == u"default-dynamic") {
+      ITavoValue Value = Types.Contains(dtMultiSlot) ? Make<TTavoValue>(ParseList())
+                                                      : ParseValue(Types, Slot->GetExtendedTypeInfo());
+      if (Name == u"default") {
+        // Variables and calls of a plain default are evaluated now.
+        if (Value) Value = Value->Resolve(GlobalContext());
+      } else {
+        Slot->SetDefaultDynamic(true);
+      }
+      Default = Value;
+      HasDefault = true;
+    } else if (Name == u"type") {
+      ITavoDefinedType Named;
+      Types = ParseSlotTypes(Named);
+      if (Multi) Types = Types + TavoMultiSlotTypes;
+      if (Named) Slot->SetExtendedTypeInfo(Named);
+    } else if (Name == u"range" || Name == u"cardinality" || Name == u"units" || Name.starts_with(u"allowed-")) {
+      // The fuzzy check reads the slot's stored type, which is set only at
+      // the end of the slot.
+      if (Name != u"cardinality" && Slot->GetSlotType().Contains(dtFuzzy)) ParseError(Where, SFuzzyDefinitionError);
+      ITavoDefinedType Type = ImplicitType(Slot);
+      if (Name == u"units") {
+        Type->SetUnits(Next()->ToString());
+      } else {
+        PutBack(Qualifier);
+        PutBack(Opener);
+        if (Name == u"range" || Name == u"cardinality")
+          ParseRangeAndCardinality(Type, Name == u"cardinality", true);
+        else
+          ParseAllowedEnumerations(Type);
+        PutBack(Stream().GetCurrentToken());
+      }
+    } else {
+      ParseError(Where, SInvalidSlotQualifier, Qualifier->GetText());
+    }
+    if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+    Token = Next();
+  }
+  if (Token->GetDataType() != KindClose) ParseError(u"ParseFactTemplate", SExpectedChar, u")");
+  Slot->SetSlotType(Types);
+  if (FTypeCheck && HasDefault && Default && Default != FCNil && Default != FCNilList && !Slot->IsValid(Default)) {
+    if (Default->GetDType() == dtInteger && Types.Contains(dtFloat))
+      Default->SetAsFloat(Default->GetAsNumeric());
+    else
+      ParseError(Where, StringView(Slot->GetInvalidValueString(Default)));
+  }
+  if (HasDefault)
+    Slot->SetSlotDefault(Default);
+  else if (FTypeCheck && !Slot->IsValid(Slot->GetSlotDefault()))
+    Slot->SetSlotDefault(Slot->CreateValidDefault(Types.Contains(dtList)));
+  return Slot;
+}
+
+TTavoTypes TTavoClipsParser::ParseSlotTypes(ITavoDefinedType& Named) {
+  const StringView Where = u"ParseSlotTypes";
+  static const struct {
+    const char16_t* Word;
+    TTavoTypes Types;
+  } Words[] = {{u"SYMBOL", {dtAtom}},
+               {u"ATOM", {dtAtom}},
+               {u"STRING", {dtString}},
+               {u"LEXEME", {dtAtom, dtString}},
+               {u"INTEGER", {dtInteger}},
+               {u"FLOAT", {dtFloat}},
+               {u"NUMBER", {dtInteger, dtFloat}},
+               {u"CLASS", {dtClass, dtInteger}},
+               {u"DESCRIPTOR", {dtDescriptor, dtInteger}},
+               {u"OBJECT", {dtObject, dtInteger}},
+               {u"EXTERNALADDRESS", {dtExternalAddress, dtInteger}},
+               {u"FUZZY", {dtFuzzy}},
+               {u"FACTID", {dtFactId, dtInteger}},
+               {u"FACT", {dtFact}}};
+  TTavoTypes Types;
+  Named = nullptr;
+  IStreamToken Token = Next();
+  while (Token->GetDataType() != KindClose) {
+    const int Kind = Token->GetDataType();
+    if (Kind != dtAtom && Kind != dtVariable) ParseError(Where, SInvalidSlotType, Token->ToString());
+    bool Known = false;
+    if (Kind == dtVariable && Token->ToString() == u"?VARIABLE") {
+      Types = TavoSlotTypes;
+      Known = true;
+    }
+    for (const auto& Entry : Words)
+      if (!Known && Token->GetText() == Entry.Word && Kind == dtAtom) {
+        Types = Types + Entry.Types;
+        Known = true;
+      }
+    if (!Known) {
+      ITavoValue TypeName = Token->Value(GlobalContext());
+      ITavoDefinedType Type = FOwner && TypeName ? FOwner->FindDefinedType(TypeName->GetAsString()) : nullptr;
+      if (!Type) ParseError(Where, SInvalidSlotType, Token->ToString());
+      if (Named) ParseError(Where, SNoMultiTypeInheritance);
+      Named = Type;
+      Types = Types + Type->GetBaseTypes();
+    }
+    Token = Next();
+  }
+  PutBack(Token);
+  if (Types.Contains(dtFuzzy) && Types != TTavoTypes{dtFuzzy}) ParseError(Where, SCannotMixFuzzy);
+  return Types;
+}
+
+void TTavoClipsParser::ParseRangeAndCardinality(const ITavoDefinedType& Type, bool IsCardinality,
+                                                bool AllowVariables) {
+  const StringView Where = u"ParseDefinedType";
+  if (!Type) IsCardinality = false;
+  if (Next()->GetDataType() != KindOpen) ParseError(Where, SExpectedChar, u"(");
+  IStreamToken Word = Next();
+  if (Word->GetDataType() != dtAtom || (!IsCardinality && Word->GetText() != u"range"))
+    ParseError(Where, SMissingRange);
+  if (IsCardinality)
+    Type->SetCardinalityLimited(true);
+  else if (Type)
+    Type->SetRangeLimited(true);
+  IStreamToken First = Next();
+  const int Kind = First->GetDataType();
+  if (Kind != dtInteger && Kind != dtVariable && Kind != dtFloat && Kind != KindOpen)
+    ParseError(Where, SExpectedIntVarFun, IsCardinality ? u"cardinality" : u"range");
+  auto TakeBound = [&](const IStreamToken& Token, bool Minimum) {
+    ITavoValue Value;
+    switch (Token->GetDataType()) {
+      case dtInteger:
+      case dtFloat:
+        Value = Token->Value();
+        break;
+      case KindOpen:
+        PutBack(Token);
+        Value = ParseNExecuteFunCall();
+        break;
+      case dtVariable: {
+        if (!AllowVariables) ParseError(Where, SExpectedValue);
+        // "?VARIABLE" leaves the bound open.
+        if (Token->ToString() == u"?VARIABLE") return;
+        // Any other variable bounds the range, even in a cardinality.
+        ITavoValue Bound = Token->Value(GlobalContext());
+        if (Type) {
+          if (Minimum)
+            Type->SetMinRange(Bound->GetAsNumeric());
+          else
+            Type->SetMaxRange(Bound->GetAsNumeric());
+        }
+        return;
+      }
+      default:
+        // Only the first bound is checked: any other second token is passed by.
+        return;
+    }
+    if (!Value) Value = FCNil;
+    if (IsCardinality) {
+      if (Minimum)
+        Type->SetMinCardinality(Value->GetAsInteger());
+      else
+        Type->SetMaxCardinality(Value->GetAsInteger());
+    } else if (Type) {
+      if (Minimum)
+        Type->SetMinRange(Value->GetAsNumeric());
+      else
+        Type->SetMaxRange(Value->GetAsNumeric());
+    }
+  };
+  TakeBound(First, true);
+  TakeBound(Next(), false);
+  if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+}
+
+void TTavoClipsParser::ParseAllowedEnumerations(const ITavoDefinedType& Type) {
+  const StringView Where = u"ParseDefinedType";
+  enum TConversion { cvNone, cvLexeme, cvString, cvAtom, cvNumber, cvInteger, cvFloat };
+  static const struct {
+    const char16_t* Word;
+    TValueConstraints Mask;
+    TConversion Conversion;
+  } Words[] = {{u"allowed-values", {vcAtom, vcString, vcInteger, vcFloat}, cvNone},
+               {u"allowed-lexemes", {vcAtom, vcString}, cvLexeme},
+               {u"allowed-strings", {vcString}, cvString},
+               {u"allowed-symbols", {vcAtom}, cvAtom},
+               {u"allowed-numbers", {vcInteger, vcFloat}, cvNumber},
+               {u"allowed-integers", {vcInteger}, cvInteger},
+               {u"allowed-floats", {vcFloat}, cvFloat}};
+  if (Next()->GetDataType() != KindOpen) ParseError(Where, SExpectedChar, u"(");
+  IStreamToken Word = Next();
+  if (Word->GetDataType() != dtAtom) ParseError(Where, SMissingAllowedEnumeration, Word->ToString());
+  const auto* Entry = std::find_if(std::begin(Words), std::end(Words),
+                                   [&](const auto& Item) { return Word->GetText() == Item.Word; });
+  if (Entry == std::end(Words)) ParseError(Where, SMissingAllowedEnumeration, Word->ToString());
+  Type->SetConstraints(Type->GetConstraints() + Entry->Mask);
+  for (IStreamToken Token = Next(); Token->GetDataType() != KindClose; Token = Next()) {
+    if (Token->GetDataType() == KindEOF) ParseError(Where, SExpectedChar, u")");
+    ITavoValue Value;
+    if (Token->GetDataType() == KindOpen) {
+      PutBack(Token);
+      Value = ParseNExecuteFunCall();
+    } else {
+      Value = Token->Value(GlobalContext());
+    }
+    if (!Value) Value = FCNil;
+    // Converted into a new value: a call may give a shared constant.
+    const TTavoType Kind = Value->GetDType();
+    switch (Entry->Conversion) {
+      case cvNone:
+        break;
+      case cvLexeme:
+        if (Kind != dtAtom && Kind != dtString) Value = Make<TTavoValue>(Value->GetAsString(), dtString);
+        break;
+      case cvString:
+        if (Kind != dtString) Value = Make<TTavoValue>(Value->GetAsString(), dtString);
+        break;
+      case cvAtom:
+        if (Kind != dtAtom) Value = Make<TTavoValue>(Value->GetAsString(), dtAtom);
+        break;
+      case cvNumber:
+        if (Kind != dtInteger && Kind != dtFloat) Value = Make<TTavoValue>(Value->GetAsInteger(), dtInteger);
+        break;
+      case cvInteger:
+        if (Kind != dtInteger) Value = Make<TTavoValue>(Value->GetAsInteger(), dtInteger);
+        break;
+      case cvFloat:
+        if (Kind != dtFloat) Value = Make<TTavoValue>(Value->GetAsNumeric());
+        break;
+    }
+    Type->AddConstraint(Value);
+  }
+}
+
+ITavoDefinedType TTavoClipsParser::ParseDefinedType() {
+  const StringView Where = u"ParseDefinedType";
+  String Name, Module, Comment;
+  IStreamToken Token = ParseHeader(Name, Module, Comment, true, Where, SExpectedDefType, u"deftype");
+  ITavoDefinedType Type = Make<TTavoDefinedType>(ReasonerOf(FOwner));
+  Type->SetName(Name);
+  Type->SetComment(Comment);
+  if (Token->GetText() != u"extends") ParseError(Where, SExpectedKeyword, u"extends");
+  if (Next()->GetDataType() != KindOpen) ParseError(Where, SExpectedChar, u"(");
+  if (Next()->GetText() != u"type") ParseError(Where, SExpectedKeyword, u"type");
+  ITavoDefinedType Ancestor;
+  Type->SetBaseTypes(ParseSlotTypes(Ancestor));
+  if (Ancestor) {
+    TTavoTypes Own = Type->GetBaseTypes();
+    Type->Assign(Ancestor.Get());
+    Type->SetAncestor(Ancestor);
+    Type->SetBaseTypes(Own + Type->GetBaseTypes());
+    // The assignment took the ancestor's name and comment.
+    Type->SetName(Name);
+    Type->SetComment(Comment);
+  }
+  if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+  // Fuzzy deftypes describe a fuzzy variable, read with fuzzy expressions.
+  if (Type->GetBaseTypes().Contains(dtFuzzy)) ParseError(Where, SParseTypeError, u"fuzzy deftypes");
+  Token = Next();
+  while (Token->GetDataType() == KindOpen) {
+    IStreamToken Word = Next();
+    const String& Text = Word->GetText();
+    if (Text == u"units") {
+      Type->SetUnits(Next()->ToString());
+      if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+    } else {
+      PutBack(Word);
+      PutBack(Token);
+      if (Text == u"range" || Text == u"cardinality")
+        ParseRangeAndCardinality(Type, Text == u"cardinality", true);
+      else
+        ParseAllowedEnumerations(Type);
+    }
+    Token = Next();
+  }
+  if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+  if (OnParseDefinedType) OnParseDefinedType(this, Type);
+  return Type;
 }
 
 }  // namespace tavo

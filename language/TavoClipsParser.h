@@ -42,6 +42,15 @@ class TTavoClipsParser : public TTavoParser {
   // Constructs.
   IInterpretedFunction ParseFunction();
   void ParseGlobalVariables();
+  IFactTemplate ParseFactTemplate();
+  // One slot definition, made without a template.
+  IFactSlot ParseFactTemplateSlot();
+  // The type names up to ")", which stays unread; a named deftype among
+  // them goes to Named.
+  TTavoTypes ParseSlotTypes(ITavoDefinedType& Named);
+  void ParseRangeAndCardinality(const ITavoDefinedType& Type, bool IsCardinality, bool AllowVariables);
+  void ParseAllowedEnumerations(const ITavoDefinedType& Type);
+  ITavoDefinedType ParseDefinedType();
 
   // The functions whose arguments are facts or pairs.
   void AddSlotFunction(const String& Name, int Start, int End);
@@ -98,6 +107,10 @@ class TTavoClipsParser : public TTavoParser {
   [[noreturn]] void NotYet(StringView Keyword);
   IStreamToken FinishHeader(String& Name, String& Comment, bool HasComment, StringView Keyword);
   bool NameTaken(StringView Keyword, const String& Name) const;
+  TTavoContext* GlobalContext() const;
+  // The slot's own implicit type, made (from its named type, if any) when
+  // it has none yet.
+  ITavoDefinedType ImplicitType(const IFactSlot& Slot);
 
   TStringList<TSlotArgRecord> FSlotFunctions;
   // Nesting of the recursive productions; a limit keeps the stack safe.

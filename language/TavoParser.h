@@ -36,12 +36,17 @@ enum TParsedType {
 };
 
 class TTavoParser;
+class TFactSet;
 using TParseEvent =
     std::function<void(TTavoParser* Sender, TParsedType Type, const ICloneableObject& Construct, TObject* Object)>;
 using TParseFactEvent = std::function<void(TTavoParser* Sender, const IFact& Fact)>;
 using TParseFunCallEvent = std::function<void(TTavoParser* Sender, const IFunCall& FunCall)>;
 using TParseFunctionEvent = std::function<void(TTavoParser* Sender, const IUserFunction& Function)>;
 using TParseVariableEvent = std::function<void(TTavoParser* Sender, const String& Name, const ITavoValue& Value)>;
+using TParseFactTemplateEvent = std::function<void(TTavoParser* Sender, const IFactTemplate& Template)>;
+using TParseDefinedTypeEvent = std::function<void(TTavoParser* Sender, const ITavoDefinedType& Type)>;
+using TParseFactSetEvent = std::function<void(TTavoParser* Sender, TFactSet* FactSet)>;
+using TParseModuleEvent = std::function<void(TTavoParser* Sender, const IModule& Module)>;
 
 // The frame of a parser: its settings, its events and the operations that
 // read constructs and expressions from its stream.
@@ -90,6 +95,10 @@ class TTavoParser : public TPersistent {
   TParseFunCallEvent OnParseFunCall;
   TParseFunctionEvent OnParseFunction;
   TParseVariableEvent OnParseVariable;
+  TParseFactTemplateEvent OnParseFactTemplate;
+  TParseDefinedTypeEvent OnParseDefinedType;
+  TParseFactSetEvent OnParseFactSet;
+  TParseModuleEvent OnParseModule;
 
  protected:
   TInferenceEngine* FOwner;

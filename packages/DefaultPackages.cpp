@@ -2,6 +2,7 @@
 // operations that make them are defined here, where the packages are known.
 #include "engine/InferenceEngine.h"
 #include "packages/MathPackage.h"
+#include "packages/MiscPackage.h"
 #include "packages/StandardPackage.h"
 #include "packages/StringPackage.h"
 #include "packages/TavoPackages.h"
@@ -13,6 +14,7 @@ void TInferenceEngine::AddDefaultPackages() {
   // fixed order standard, miscellaneous, predicate, math, string, object,
   // trigonometry, business, fuzzy logic; the others join as they are written.
   if (FPackages.Contains(pStandard)) NewComponent<TStandardPackage>(this);
+  if (FPackages.Contains(pMiscellaneous)) NewComponent<TMiscPackage>(this);
   if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
   if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
   if (OnAddDefaultPackages) OnAddDefaultPackages(this);

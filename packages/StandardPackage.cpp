@@ -638,6 +638,30 @@ void TResetFunction::InitMetaData() {
               u"", 0, 0);
 }
 
+// assert
+
+void TAssertFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"assert", u"Asserts each fact, its slots evaluated first; gives the id of the last one, or FALSE",
+              u"<fact>*", 0, AnyArgumentCount);
+}
+
+void TAssertFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  int Id = -1;
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
+    // The parsed fact stays as written: each assertion evaluates a copy.
+    IFact Fact = FunCall.Argument(I, Context)->GetAsFact()->CloneFact();
+    ResolveFact(ScopeOf(Context), Fact);
+    Id = Engine.Assert(Fact, false);
+  }
+  if (Id == -1)
+    Result = FCFalse;
+  else
+    Result = Make<TTavoValue>(Id, dtFactId);
+}
+
 void TResetFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   EngineOf(FunCall, Context).Reset();
@@ -737,6 +761,7 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TVersionFunction>());
   Functions.Add(Make<TWatchFunction>());
   Functions.Add(Make<TUnwatchFunction>());
+  Functions.Add(Make<TAssertFunction>());
   Functions.Add(Make<TResetFunction>());
   Functions.Add(Make<TClearFunction>());
   Functions.Add(Make<TPrintOutFunction>());

@@ -1,0 +1,28 @@
+// Miscellaneous functions of the rule language: listings of what the engine
+// holds. More join the package as their constructs arrive.
+#pragma once
+
+#include "packages/TavoPackages.h"
+
+namespace tavo {
+
+// facts: the fact list of the current module, of a named one, or of all
+// ("*"), narrowed by id range and count, and the total.
+class TShowFactsFunction : public TTavoUserFunction {
+  TAVO_CLASS(TShowFactsFunction, TTavoUserFunction)
+ public:
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+};
+
+class TMiscPackage : public TUserPackage {
+  TAVO_CLASS(TMiscPackage, TUserPackage)
+ public:
+  using TUserPackage::TUserPackage;
+
+ protected:
+  void CreateFunctions() override;
+};
+
+}  // namespace tavo
