@@ -105,6 +105,8 @@ inline constexpr char16_t SDefaultSlotName[] = u"__Data";
 inline constexpr char16_t STestCE[] = u"test";
 inline constexpr char16_t SLocalBinding[] = u"__LOCAL";
 inline constexpr char16_t SPatternBinding[] = u"__PATTERN";
+// The name of the main module.
+inline constexpr char16_t SMainModuleName[] = u"MAIN";
 inline constexpr char16_t SRuleBinding[] = u"__RULE";
 inline constexpr char16_t SInitialFactPattern[] = u"Initial-Fact";
 inline constexpr char16_t SInitialFact[] = u"(Initial-Fact)";

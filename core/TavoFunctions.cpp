@@ -286,3 +286,13 @@ void TInterpretedFunction::Assign(const TPersistent* Source) {
 }
 
 }  // namespace tavo
+
+namespace tavo {
+
+// IReasoner
+
+IFact IReasoner::ParseFact(const String& /*Text*/) { throw ETavoException(Format(SParseTypeError, u"facts")); }
+
+int IReasoner::Assert(const IFact& /*Fact*/, bool /*Unconditional*/) { throw ETavoException(SUnknownEngine); }
+
+}  // namespace tavo

@@ -54,6 +54,7 @@ void TavoAddReference(const TModule* Module) noexcept;
 void TavoReleaseReference(const TModule* Module) noexcept;
 
 class IFuzzyParser;
+class TFactSet;
 
 // The engine as the constructs and functions see it. Not counted: the engine
 // implements it and callers hold plain pointers.
@@ -76,6 +77,20 @@ class IReasoner {
   virtual void AddUserFunction(const IUserFunction& Function) = 0;
   virtual void RemoveUserFunction(const IUserFunction& Function) = 0;
   virtual bool ContainsUserFunction(StringView Name, IUserFunction& Function) const = 0;
+  // What fact sets need: a fact read from its text, an assertion, and the
+  // module of a set made current. FocusFactSetModule gives the module to
+  // make current again afterwards, or null when nothing changed; an
+  // unknown module is skipped unless Force is set, and then raises. A
+  // reasoner without facts of its own keeps the defaults: it reads and
+  // asserts nothing, and holds no fact sets.
+  virtual IFact ParseFact(const String& Text);
+  virtual int Assert(const IFact& Fact, bool Unconditional);
+  virtual IModule FocusFactSetModule(StringView /*Module*/, bool /*Force*/) { return nullptr; }
+  virtual void RestoreModule(const IModule& /*Module*/) {}
+  // The fact sets of the current module.
+  virtual void AddFactSet(TFactSet* /*FactSet*/) {}
+  virtual void RemoveFactSet(TFactSet* /*FactSet*/) {}
+  virtual bool HoldsFactSet(const TFactSet* /*FactSet*/) const { return false; }
 
  protected:
   ~IReasoner() = default;

@@ -364,4 +364,56 @@ void TIOStreams::Assign(const TPersistent* Source) {
   TInherited::Assign(Source);
 }
 
+// TFactSets
+
+TFactSets::~TFactSets() { Clear(); }
+
+int TFactSets::Add(TFactSet* FactSet) {
+  if (!FactSet) return -1;
+  if (int Index = IndexOf(FactSet); Index >= 0) return Index;
+  int Named = IndexOf(FactSet->GetFactSetName());
+  if (Named >= 0 && FEngine) FItems[size_t(Named)]->ForgetEngine();
+  FItems.push_back(FactSet);
+  if (FEngine && FactSet->GetEngine() != FEngine) FactSet->SetEngineNoParse(FEngine);
+  return Count() - 1;
+}
+
+void TFactSets::Remove(TFactSet* FactSet) {
+  int Index = IndexOf(FactSet);
+  if (Index < 0) return;
+  FItems.erase(FItems.begin() + Index);
+  if (FEngine) FactSet->ForgetEngine();
+}
+
+int TFactSets::IndexOf(const TFactSet* FactSet) const {
+  for (size_t I = 0; I < FItems.size(); ++I)
+    if (FItems[I] == FactSet) return int(I);
+  return -1;
+}
+
+int TFactSets::IndexOf(StringView Name) const {
+  for (size_t I = 0; I < FItems.size(); ++I)
+    if (FItems[I]->GetFactSetName() == Name) return int(I);
+  return -1;
+}
+
+void TFactSets::Clear() {
+  // Each set leaves the list before it goes, so that it does not come back.
+  while (!FItems.empty()) {
+    TFactSet* FactSet = FItems.back();
+    FItems.pop_back();
+    FactSet->ForgetEngine();
+    delete FactSet;
+  }
+}
+
+String TFactSets::ToString() const {
+  String Result;
+  for (const TFactSet* FactSet : FItems) {
+    if (!Result.empty()) Result += u"\r\n";
+    Result += FactSet->ToString();
+  }
+  return Result;
+}
+
 }  // namespace tavo

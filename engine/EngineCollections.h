@@ -7,6 +7,7 @@
 #include "common/MekTextStream.h"
 #include "core/TavoFunctions.h"
 #include "core/TavoVectors.h"
+#include "knowledge/TavoFactSets.h"
 #include "knowledge/TavoFactTemplate.h"
 
 namespace tavo {
@@ -184,6 +185,40 @@ class TGlobalVariables : public TEngineVariables {
  protected:
   void DoAdd(const String& Key, const ITavoValue& Value) override;
   void DoSetValue(const String& Key, const ITavoValue& Value) override;
+};
+
+// A module's fact sets, in the order they came. The list owns its sets: a
+// set that leaves by Remove is the caller's again, and Clear frees them.
+// Lookups by name find the oldest set of a name.
+class TFactSets : public TObject {
+ public:
+  TFactSets(TInferenceEngine* Engine, TModule* Module) : FEngine(Engine), FModule(Module) {}
+  ~TFactSets() override;
+  TFactSets(const TFactSets&) = delete;
+  TFactSets& operator=(const TFactSets&) = delete;
+
+  TInferenceEngine* GetEngine() const { return FEngine; }
+  // Without an engine the sets are no longer told of adds and removes.
+  void SetEngine(TInferenceEngine* Value) { FEngine = Value; }
+  int Count() const { return int(FItems.size()); }
+  TFactSet* Get(int Index) const { return FItems.at(size_t(Index)); }
+  // A set of a name that another set has is added beside it, and the older
+  // one is told that it has no engine.
+  int Add(TFactSet* FactSet);
+  // Takes the set out, without freeing it; the set loses its engine.
+  void Remove(TFactSet* FactSet);
+  int IndexOf(const TFactSet* FactSet) const;
+  int IndexOf(StringView Name) const;
+  void Clear();
+  std::vector<TFactSet*>::const_iterator begin() const { return FItems.begin(); }
+  std::vector<TFactSet*>::const_iterator end() const { return FItems.end(); }
+  // The deffacts texts, one per line.
+  String ToString() const;
+
+ private:
+  TInferenceEngine* FEngine;
+  TModule* FModule;
+  std::vector<TFactSet*> FItems;
 };
 
 }  // namespace tavo

@@ -46,6 +46,7 @@ TInferenceEngine::~TInferenceEngine() {
   FFacts = nullptr;
   FFactTemplates = nullptr;
   FFactsPending = nullptr;
+  FFactSets = nullptr;
   FFocusStack.Clear();
   for (int I = 0; I < FModules.Count(); ++I) FModules.Get(I)->Release();
   // A host may still hold a module: it must not call back into a dead engine.
@@ -132,6 +133,8 @@ TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Modul
     }
     case otFactsPending:
       return new TFactsPending();
+    case otFactSets:
+      return new TFactSets(this, Module);
     case otEngineVariables:
       return new TEngineVariables(this);
     case otGlobalVariables:
@@ -414,12 +417,51 @@ void TInferenceEngine::ClearFacts(const IModule& Module) {
   if (Remembered && Module != Remembered) Remembered->FocusModule();
 }
 
+// Fact sets.
+
+IModule TInferenceEngine::FocusFactSetModule(StringView Module, bool Force) {
+  const StringView Name = Module.empty() ? StringView(SMainModuleName) : Module;
+  if (!Force && !Module.empty() && FModules.IndexOf(Name) < 0) return nullptr;
+  if (FCurrentModule && FCurrentModule->GetName() == Name) return nullptr;
+  IModule Previous = FCurrentModule;
+  FModules.GetModule(Name)->FocusModule();
+  return Previous;
+}
+
+void TInferenceEngine::RestoreModule(const IModule& Module) {
+  if (Module) Module->FocusModule();
+}
+
+void TInferenceEngine::AddFactSet(TFactSet* FactSet) {
+  if (FFactSets) FFactSets->Add(FactSet);
+}
+
+void TInferenceEngine::RemoveFactSet(TFactSet* FactSet) {
+  for (int I = 0; I < FModules.Count(); ++I)
+    if (TFactSets* Sets = FModules.Get(I)->GetFactSets()) Sets->Remove(FactSet);
+}
+
+bool TInferenceEngine::HoldsFactSet(const TFactSet* FactSet) const {
+  return FFactSets && FFactSets->IndexOf(FactSet) >= 0;
+}
+
+void TInferenceEngine::Reset(const IModule& Module) {
+  IModule Remembered = FCurrentModule;
+  if (Module != Remembered) Module->FocusModule();
+  // Rules reset here as they arrive. A set may leave the list while it
+  // resets, so the walk goes over a copy.
+  std::vector<TFactSet*> Sets(FFactSets->begin(), FFactSets->end());
+  for (TFactSet* FactSet : Sets)
+    if (FFactSets->IndexOf(FactSet) >= 0) FactSet->Reset();
+  if (Remembered && Module != Remembered) Remembered->FocusModule();
+}
+
 void TInferenceEngine::Reset() {
   FFactIdCounter = 0;
   while (PeekFocus()) PopFocus();
   PushFocus(FModules.Get(0));
   for (int I = 0; I < FModules.Count(); ++I) ClearFacts(FModules.Get(I));
-  // Each module's rules and fact sets reset here as they arrive.
+  for (int I = 0; I < FModules.Count(); ++I) Reset(FModules.Get(I));
   IModule Remembered;
   if (FModules.Get(0) != FCurrentModule) {
     Remembered = FCurrentModule;
@@ -439,7 +481,8 @@ void TInferenceEngine::Clear(const IModule& Module) {
   FHalt = false;
   IModule Remembered = FCurrentModule;
   if (Module != Remembered) Module->FocusModule();
-  // The agenda, network, rules and fact sets clear here as they arrive.
+  // The agenda, network and rules clear here as they arrive.
+  FFactSets->Clear();
   FFacts->Clear();
   FFactTemplates->Clear();
   FDefinedTypes->Clear();

@@ -104,6 +104,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TTavoDefinedTypes* GetDefinedTypes() const { return FDefinedTypes; }
   TFactTemplates* GetFactTemplates() const { return FFactTemplates; }
   TFacts* GetFacts() const { return FFacts; }
+  TFactSets* GetFactSets() const { return FFactSets; }
   TFactsPending* GetFactsPending() const { return FFactsPending; }
   const IFact& GetNullFact() const { return FNullFact; }
   TEngineVariables* GetStorage() const { return FStorage.get(); }
@@ -116,9 +117,15 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // The template of that name in the current module, or null.
   IFactTemplate FindFactTemplate(StringView Name) const;
   ITavoDefinedType FindDefinedType(StringView Name) const override;
+  IModule FocusFactSetModule(StringView Module, bool Force) override;
+  void RestoreModule(const IModule& Module) override;
+  void AddFactSet(TFactSet* FactSet) override;
+  // Out of whichever module's sets hold it.
+  void RemoveFactSet(TFactSet* FactSet) override;
+  bool HoldsFactSet(const TFactSet* FactSet) const override;
 
   // Facts. Assert gives the new id, or -1 for a refused duplicate.
-  virtual int Assert(const IFact& Fact, bool Unconditional);
+  int Assert(const IFact& Fact, bool Unconditional) override;
   int Assert(const IFact& Fact) { return Assert(Fact, false); }
   // Retracts the fact equal in value to Fact, if there is one.
   void Retract(const IFact& Fact);
@@ -158,7 +165,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // the class of GetParserType). Execute runs the top-level calls.
   bool Parse(const String& Text, bool Execute = true);
   // The parser's single productions over a text; defined with the parser.
-  IFact ParseFact(const String& Text);
+  IFact ParseFact(const String& Text) override;
   ITavoValue ParseValue(const String& Text);
   IFunCall ParseFunCall(const String& Text);
   ITavoValue ParseNExecuteFunCall(const String& Text);
@@ -174,6 +181,8 @@ class TInferenceEngine : public TComponent, public IReasoner {
   // Back to the starting state: facts cleared in every module, the focus on
   // MAIN, the initial fact asserted last, globals bound anew.
   virtual void Reset();
+  // Resets the rules and fact sets of one module.
+  virtual void Reset(const IModule& Module);
   // Empties the knowledge: every module but MAIN goes, MAIN loses its facts,
   // templates and types, deffunctions and stored values go; built-in
   // functions and globals stay, and no initial fact is asserted.
@@ -347,6 +356,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TFacts* FFacts = nullptr;
   TFactTemplates* FFactTemplates = nullptr;
   TFactsPending* FFactsPending = nullptr;
+  TFactSets* FFactSets = nullptr;
   IFact FNullFact;
   IModule FCurrentModule;
 };

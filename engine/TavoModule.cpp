@@ -8,7 +8,6 @@
 namespace tavo {
 
 namespace {
-constexpr char16_t SMainModuleName[] = u"MAIN";
 }
 
 void TavoAddReference(const TModule* Module) noexcept { Module->AddReference(); }
@@ -45,6 +44,7 @@ void TModule::Initialize() {
   if (!FEngine) return;
   FDefinedTypes.reset(static_cast<TTavoDefinedTypes*>(FEngine->CreateTavoObject(otDefinedTypes, this)));
   FFacts.reset(static_cast<TFacts*>(FEngine->CreateTavoObject(otFacts, this)));
+  FFactSets.reset(static_cast<TFactSets*>(FEngine->CreateTavoObject(otFactSets, this)));
   FFactTemplates.reset(static_cast<TFactTemplates*>(FEngine->CreateTavoObject(otFactTemplates, this)));
   FFactsPending.reset(static_cast<TFactsPending*>(FEngine->CreateTavoObject(otFactsPending, this)));
   IModule Remembered = FEngine->GetCurrentModule();
@@ -62,7 +62,9 @@ void TModule::Release() {
   if (FDefinedTypes) FDefinedTypes->SetEngine(nullptr);
   if (FFactTemplates) FFactTemplates->SetEngine(nullptr);
   if (FFacts) FFacts->SetEngine(nullptr);
+  if (FFactSets) FFactSets->SetEngine(nullptr);
   FNullFact.Reset();
+  FFactSets.reset();
   FFacts.reset();
   FFactTemplates.reset();
   FDefinedTypes.reset();
@@ -79,6 +81,7 @@ void TModule::FocusModule() {
   if (!FFacts) Initialize();
   FEngine->FDefinedTypes = FDefinedTypes.get();
   FEngine->FFacts = FFacts.get();
+  FEngine->FFactSets = FFactSets.get();
   FEngine->FFactTemplates = FFactTemplates.get();
   FEngine->FFactsPending = FFactsPending.get();
   FEngine->FNullFact = FNullFact;

@@ -13,6 +13,7 @@ class TInferenceEngine;
 class TTavoDefinedTypes;
 class TFactTemplates;
 class TFacts;
+class TFactSets;
 
 // The pending facts of a module: "+" to assert, "-" to retract, with the fact.
 using TFactsPending = TStringList<IFact>;
@@ -41,6 +42,7 @@ class TModule : public TCloneableObject {
   TFacts* GetFacts() const { return FFacts.get(); }
   TFactTemplates* GetFactTemplates() const { return FFactTemplates.get(); }
   TFactsPending* GetFactsPending() const { return FFactsPending.get(); }
+  TFactSets* GetFactSets() const { return FFactSets.get(); }
   const IFact& GetNullFact() const { return FNullFact; }
 
   // Makes the module the engine's current one, mirroring its objects there.
@@ -65,6 +67,7 @@ class TModule : public TCloneableObject {
   std::unique_ptr<TFacts> FFacts;
   std::unique_ptr<TFactTemplates> FFactTemplates;
   std::unique_ptr<TFactsPending> FFactsPending;
+  std::unique_ptr<TFactSets> FFactSets;
   IFact FNullFact;
 };
 

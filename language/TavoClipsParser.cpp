@@ -5,6 +5,7 @@
 
 #include "core/TavoHelperFunctions.h"
 #include "engine/InferenceEngine.h"
+#include "knowledge/TavoFactSets.h"
 
 namespace tavo {
 
@@ -242,8 +243,16 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
       if (FOwner) FOwner->GetDefinedTypes()->AddOrSetValue(DefinedType->GetName(), DefinedType);
       break;
     }
+    case ptFactSet: {
+      TFactSet* FactSet = ParseFactSet();
+      Object = FactSet;
+      if (FOwner) {
+        FactSet->SetEngineNoParse(FOwner);
+        FOwner->GetFactSets()->Add(FactSet);
+      }
+      break;
+    }
     case ptRule:
-    case ptFactSet:
     case ptDefModule:
       NotYet(GetConstructName(Type));
     case ptEOF:
@@ -305,8 +314,9 @@ bool TTavoClipsParser::NameTaken(StringView Keyword, const String& Name) const {
   if (Keyword == u"deftemplate") return bool(FOwner->FindFactTemplate(Name));
   if (Keyword == u"deffunction") return bool(FOwner->GetUserFunction(Name));
   if (Keyword == u"defmodule") return FOwner->GetModules().IndexOf(Name) >= 0;
-  // Fact sets and rules join as their collections arrive; defglobal and
-  // term are never renamed.
+  if (Keyword == u"deffacts") return FOwner->GetFactSets() && FOwner->GetFactSets()->IndexOf(Name) >= 0;
+  // Rules join as their collection arrives; defglobal and term are never
+  // renamed.
   return false;
 }
 
@@ -1095,6 +1105,26 @@ ITavoDefinedType TTavoClipsParser::ParseDefinedType() {
   if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
   if (OnParseDefinedType) OnParseDefinedType(this, Type);
   return Type;
+}
+
+TFactSet* TTavoClipsParser::ParseFactSet() {
+  const StringView Where = u"ParseFactSet";
+  String Name, Module, Comment;
+  IStreamToken Token = ParseHeader(Name, Module, Comment, true, Where, SExpectedDeffacts, u"deffacts");
+  // Freed unless the whole construct reads.
+  std::unique_ptr<TFactSet> FactSet(new TFactSet(FOwner));
+  FactSet->SetEngine(nullptr);
+  FactSet->SetFactSetName(Name);
+  FactSet->SetComment(Comment);
+  FactSet->SetModule(Module);
+  while (Token->GetDataType() == KindOpen) {
+    PutBack(Token);
+    FactSet->AddFact(ParseFact());
+    Token = Next();
+  }
+  if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+  if (OnParseFactSet) OnParseFactSet(this, FactSet.get());
+  return FactSet.release();
 }
 
 }  // namespace tavo

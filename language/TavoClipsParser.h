@@ -51,6 +51,9 @@ class TTavoClipsParser : public TTavoParser {
   void ParseRangeAndCardinality(const ITavoDefinedType& Type, bool IsCardinality, bool AllowVariables);
   void ParseAllowedEnumerations(const ITavoDefinedType& Type);
   ITavoDefinedType ParseDefinedType();
+  // A new set owned by the engine, without an engine of its own yet; the
+  // facts are not asserted.
+  TFactSet* ParseFactSet();
 
   // The functions whose arguments are facts or pairs.
   void AddSlotFunction(const String& Name, int Start, int End);
