@@ -15,8 +15,49 @@ void TavoReleaseReference(const TModule* Module) noexcept { Module->ReleaseRefer
 
 // TModule
 
+// TModuleImportExport
+
+void TModuleImportExport::SetDefinedTypesShared(TSharedConstructs Value) {
+  FDefinedTypesShared = Value;
+  if (Value != mieCustom) FDefinedTypes.Clear();
+}
+
+void TModuleImportExport::SetFactTemplatesShared(TSharedConstructs Value) {
+  FFactTemplatesShared = Value;
+  if (Value != mieCustom) FFactTemplates.Clear();
+}
+
+void TModuleImportExport::AddDefinedType(const String& Name) {
+  FDefinedTypes.Add(Name);
+  FDefinedTypesShared = mieCustom;
+}
+
+void TModuleImportExport::AddFactTemplate(const String& Name) {
+  FFactTemplates.Add(Name);
+  FFactTemplatesShared = mieCustom;
+}
+
+void TModuleImportExport::ClearDefinedTypes() {
+  FDefinedTypes.Clear();
+  if (FDefinedTypesShared == mieCustom) FDefinedTypesShared = mieNone;
+}
+
+void TModuleImportExport::ClearFactTemplates() {
+  FFactTemplates.Clear();
+  if (FFactTemplatesShared == mieCustom) FFactTemplatesShared = mieNone;
+}
+
+// TModule
+
 TModule::TModule(TInferenceEngine* Engine, bool IsMain) : FIsMain(IsMain), FEngine(Engine) {
+  FExportItems = Make<TModuleImportExport>(this);
   if (FEngine) FEngine->FKnownModules.push_back(this);
+}
+
+IModuleImport TModule::FindImport(StringView Module) const {
+  for (const IModuleImport& Import : FImportModules)
+    if (Import->GetModule() == Module) return Import;
+  return nullptr;
 }
 
 TModule::~TModule() {

@@ -18,6 +18,39 @@ class TFactSets;
 // The pending facts of a module: "+" to assert, "-" to retract, with the fact.
 using TFactsPending = TStringList<IFact>;
 
+// The export list of a module, or one of its imports: for defined types
+// and for fact templates each, nothing, all, or the names listed. A name
+// listed makes the mode custom; emptying the list of a custom mode makes it
+// none; none or all set anew empty the list.
+class TModuleImportExport : public TCloneableObject {
+  TAVO_CLASS(TModuleImportExport, TCloneableObject)
+ public:
+  // Module: the name of the module imported from; empty for an export list.
+  explicit TModuleImportExport(TModule* Owner = nullptr, const String& Module = String())
+      : FModule(Module), FOwnerModule(Owner) {}
+
+  TSharedConstructs GetDefinedTypesShared() const { return FDefinedTypesShared; }
+  void SetDefinedTypesShared(TSharedConstructs Value);
+  TSharedConstructs GetFactTemplatesShared() const { return FFactTemplatesShared; }
+  void SetFactTemplatesShared(TSharedConstructs Value);
+  const TStringList<int>& GetDefinedTypes() const { return FDefinedTypes; }
+  const TStringList<int>& GetFactTemplates() const { return FFactTemplates; }
+  void AddDefinedType(const String& Name);
+  void AddFactTemplate(const String& Name);
+  void ClearDefinedTypes();
+  void ClearFactTemplates();
+  const String& GetModule() const { return FModule; }
+  TModule* GetOwnerModule() const { return FOwnerModule; }
+
+ private:
+  TSharedConstructs FDefinedTypesShared = mieNone;
+  TSharedConstructs FFactTemplatesShared = mieNone;
+  TStringList<int> FDefinedTypes;
+  TStringList<int> FFactTemplates;
+  String FModule;
+  TModule* FOwnerModule;
+};
+
 // A module. It owns its own collections; the engine mirrors the current
 // module's in its own fields, and FocusModule makes this module current.
 class TModule : public TCloneableObject {
@@ -35,6 +68,12 @@ class TModule : public TCloneableObject {
   const String& GetComment() const { return FComment; }
   void SetComment(const String& Value) { FComment = Value; }
   TInferenceEngine* GetExpertSystem() const { return FEngine; }
+  const IModuleExport& GetExportItems() const { return FExportItems; }
+  int GetImportCount() const { return FImportModules.Count(); }
+  const IModuleImport& GetImport(int Index) const { return FImportModules.Get(Index); }
+  // The import from the module of that name, or null.
+  IModuleImport FindImport(StringView Module) const;
+  void AddImport(const IModuleImport& Import) { FImportModules.Add(Import); }
   // Called by the engine when it goes away.
   void DetachEngine() { FEngine = nullptr; }
 
@@ -62,6 +101,8 @@ class TModule : public TCloneableObject {
   String FName;
   String FComment;
   bool FIsMain = false;
+  TInterfaceList<TModuleImportExport> FImportModules;
+  IModuleExport FExportItems;
   TInferenceEngine* FEngine = nullptr;
   std::unique_ptr<TTavoDefinedTypes> FDefinedTypes;
   std::unique_ptr<TFacts> FFacts;

@@ -252,8 +252,16 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
       }
       break;
     }
+    case ptDefModule: {
+      IModule Module = ParseModule();
+      Construct = Module;
+      if (FOwner) {
+        FOwner->AddModule(Module);
+        FOwner->SetCurrentModule(Module);
+      }
+      break;
+    }
     case ptRule:
-    case ptDefModule:
       NotYet(GetConstructName(Type));
     case ptEOF:
       Result = FCEOF;
@@ -1125,6 +1133,83 @@ TFactSet* TTavoClipsParser::ParseFactSet() {
   if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
   if (OnParseFactSet) OnParseFactSet(this, FactSet.get());
   return FactSet.release();
+}
+
+IModule TTavoClipsParser::ParseModule() {
+  const StringView Where = u"ParseModule";
+  String Name, Comment;
+  IStreamToken Token = ParseHeader(Name, Comment, true, Where, SExpectedDefModule, u"defmodule");
+  IModule Module = Make<TModule>(FOwner, Name == SMainModuleName);
+  Module->SetName(Name);
+  Module->SetComment(Comment);
+  while (Token->GetDataType() == KindOpen) {
+    IStreamToken Word = Next();
+    const bool Export = Word->GetText() == u"export";
+    if (!Export && Word->GetText() != u"import") ParseError(Where, SInvalidModulekeyword, Word->GetText());
+    IModuleImport Target;
+    bool NewImport = false;
+    if (Export) {
+      Target = Module->GetExportItems();
+    } else {
+      IStreamToken From = Next();
+      if (From->GetDataType() != dtAtom || !FOwner || FOwner->GetModules().IndexOf(From->GetText()) < 0)
+        ParseError(Where, SModuleNotExist, From->GetText());
+      Target = Module->FindImport(From->GetText());
+      if (!Target) {
+        Target = Make<TModuleImportExport>(Module.Get(), From->GetText());
+        NewImport = true;
+      }
+    }
+    IStreamToken Item = Next();
+    const String& Text = Item->GetText();
+    const int Kind = Item->GetDataType();
+    if ((Kind != dtAtom && Kind != dtVariable) ||
+        (Text != u"ALL" && Text != u"NONE" && Text != u"deftype" && Text != u"deftemplate"))
+      ParseError(Where, SMissingModuleExportID, Item->ToString());
+    if (Kind == dtVariable) {
+      if (Text != u"ALL" && Text != u"NONE") ParseError(Where, SUnknownVariable, Text);
+      const TSharedConstructs Mode = Text == u"ALL" ? mieAll : mieNone;
+      Target->SetDefinedTypesShared(Mode);
+      Target->SetFactTemplatesShared(Mode);
+    } else {
+      // "ALL" and "NONE" as a word are no shorthand: they name templates.
+      const bool DefinedTypes = Text == u"deftype";
+      IStreamToken First = Next();
+      const int FirstKind = First->GetDataType();
+      if (FirstKind != dtAtom && FirstKind != dtVariable) ParseError(Where, SMissingModuleExportID, First->ToString());
+      if (FirstKind == dtVariable) {
+        if (First->GetText() != u"ALL" && First->GetText() != u"NONE")
+          ParseError(Where, SMissingModuleExportID, First->ToString());
+        const TSharedConstructs Mode = First->GetText() == u"ALL" ? mieAll : mieNone;
+        if (DefinedTypes)
+          Target->SetDefinedTypesShared(Mode);
+        else
+          Target->SetFactTemplatesShared(Mode);
+      } else {
+        PutBack(First);
+        ParseNameList(*Target, DefinedTypes);
+      }
+    }
+    if (NewImport) Module->AddImport(Target);
+    if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+    Token = Next();
+  }
+  if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+  if (OnParseModule) OnParseModule(this, Module);
+  return Module;
+}
+
+void TTavoClipsParser::ParseNameList(TModuleImportExport& Target, bool DefinedTypes) {
+  IStreamToken Token = Next();
+  for (; Token->GetDataType() != KindClose && Token->GetDataType() != KindEOF; Token = Next()) {
+    if (Token->GetDataType() != dtAtom && Token->GetDataType() != dtString)
+      ParseError(u"ParseModule", SBadNameList, Token->ToString());
+    if (DefinedTypes)
+      Target.AddDefinedType(Token->GetText());
+    else
+      Target.AddFactTemplate(Token->GetText());
+  }
+  PutBack(Token);
 }
 
 }  // namespace tavo

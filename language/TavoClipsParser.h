@@ -54,6 +54,7 @@ class TTavoClipsParser : public TTavoParser {
   // A new set owned by the engine, without an engine of its own yet; the
   // facts are not asserted.
   TFactSet* ParseFactSet();
+  IModule ParseModule();
 
   // The functions whose arguments are facts or pairs.
   void AddSlotFunction(const String& Name, int Start, int End);
@@ -114,6 +115,8 @@ class TTavoClipsParser : public TTavoParser {
   // The slot's own implicit type, made (from its named type, if any) when
   // it has none yet.
   ITavoDefinedType ImplicitType(const IFactSlot& Slot);
+  // Names up to ")" or the end, which stays unread.
+  void ParseNameList(TModuleImportExport& Target, bool DefinedTypes);
 
   TStringList<TSlotArgRecord> FSlotFunctions;
   // Nesting of the recursive productions; a limit keeps the stack safe.
