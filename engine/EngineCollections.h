@@ -213,7 +213,7 @@ class TFactSets : public TObject {
   std::vector<TFactSet*>::const_iterator begin() const { return FItems.begin(); }
   std::vector<TFactSet*>::const_iterator end() const { return FItems.end(); }
   // The deffacts texts, one per line.
-  String ToString() const;
+  String ToString() const override;
 
  private:
   TInferenceEngine* FEngine;
