@@ -200,6 +200,7 @@ class TFactSets : public TObject {
   TInferenceEngine* GetEngine() const { return FEngine; }
   // Without an engine the sets are no longer told of adds and removes.
   void SetEngine(TInferenceEngine* Value) { FEngine = Value; }
+  TModule* GetModule() const { return FModule; }
   int Count() const { return int(FItems.size()); }
   TFactSet* Get(int Index) const { return FItems.at(size_t(Index)); }
   // A set of a name that another set has is added beside it, and the older
