@@ -8,18 +8,6 @@
 
 namespace tavo {
 
-namespace {
-
-TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) {
-  IReasoner* Reasoner = Context ? Context->GetEngine() : nullptr;
-  if (!Reasoner) Reasoner = FunCall.GetReasoner();
-  auto* Engine = dynamic_cast<TInferenceEngine*>(Reasoner);
-  if (!Engine) throw ETavoException(SUnknownEngine);
-  return *Engine;
-}
-
-}  // namespace
-
 void TShowFactsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"facts", u"Prints the facts of the current module, of the named one or of all (*)",

@@ -22,14 +22,6 @@ TTavoContext& ScopeOf(TTavoContext* Context) {
   return *Context;
 }
 
-TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) {
-  IReasoner* Reasoner = Context ? Context->GetEngine() : nullptr;
-  if (!Reasoner) Reasoner = FunCall.GetReasoner();
-  auto* Engine = dynamic_cast<TInferenceEngine*>(Reasoner);
-  if (!Engine) throw ETavoException(SUnknownEngine);
-  return *Engine;
-}
-
 // Evaluates arguments First up to Last - 1, each value becoming the result.
 // A pending return ends the walk with the return value as result; the
 // return state stays in the context for the enclosing construct. True when

@@ -6,6 +6,14 @@
 
 namespace tavo {
 
+TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) {
+  IReasoner* Reasoner = Context ? Context->GetEngine() : nullptr;
+  if (!Reasoner) Reasoner = FunCall.GetReasoner();
+  auto* Engine = dynamic_cast<TInferenceEngine*>(Reasoner);
+  if (!Engine) throw ETavoException(SUnknownEngine);
+  return *Engine;
+}
+
 // TTavoInnerFunction
 
 TTavoInnerFunction::TTavoInnerFunction(TObject* Owner) : FOwner(Owner) {

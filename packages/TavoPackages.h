@@ -12,6 +12,10 @@ class TInferenceEngine;
 class TCustomUserFunction;
 class TTavoInnerFunction;
 
+// The engine a call runs in: the context's, else the call's own reasoner;
+// SUnknownEngine when neither is an engine.
+TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context);
+
 using TCallEvent = std::function<void(TObject* Sender, const IFunCall& FunCall, TTavoContext* Context,
                                       ITavoValue& Result)>;
 
