@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 #include "core/TavoHelperFunctions.h"
 #include "engine/InferenceEngine.h"
@@ -214,6 +215,7 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
   ICloneableObject Construct;
   TObject* Object = nullptr;
   IInterpretedFunction Function;
+  std::unique_ptr<TFactSet> OrphanSet;
   IStreamToken Token = Next();
   TParsedType Type = GetConstructType(Token);
   switch (Type) {
@@ -244,11 +246,15 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
       break;
     }
     case ptFactSet: {
-      TFactSet* FactSet = ParseFactSet();
-      Object = FactSet;
+      std::unique_ptr<TFactSet> FactSet(ParseFactSet());
+      Object = FactSet.get();
       if (FOwner) {
         FactSet->SetEngineNoParse(FOwner);
-        FOwner->GetFactSets()->Add(FactSet);
+        // The module's list owns the set from here on.
+        FOwner->GetFactSets()->Add(FactSet.release());
+      } else {
+        // Without an engine nothing keeps the set past the event.
+        OrphanSet = std::move(FactSet);
       }
       break;
     }
