@@ -1,0 +1,40 @@
+; deffacts, reset and clear; defmodule export and import lists.
+(defglobal ?*level* = 1)
+(deffacts start "the opening facts" (a 1) (a (+ 1 2)) (level ?*level*))
+(deffacts none)
+(facts)
+(reset)
+(facts)
+; the call and the global are evaluated at each reset, after which the
+; globals are bound anew
+(bind ?*level* 7)
+(reset)
+(facts)
+(reset)
+(facts)
+; a duplicate fact in a set is asserted once
+(deffacts twice (b 1) (b 1))
+(reset)
+(facts)
+; a failing set leaves no trace
+(deftemplate item (slot n (type INTEGER)))
+(deffacts broken (item (n 1)) (item (n x)))
+(deffacts unclosed (c 1) 5)
+(reset)
+(facts)
+; modules: a qualified name makes its module current
+(defmodule SENSORS "readings" (export deftemplate reading))
+(deftemplate reading (slot value))
+(deffacts SENSORS::first (reading (value 3)))
+(defmodule REPORT (import SENSORS deftemplate reading) (export ?NONE))
+(defmodule MAIN::ODD)
+(defmodule ODD (import NOWHERE ?ALL))
+(defmodule ODD (import SENSORS ?deftype))
+(defmodule ODD (export deftemplate))
+(defmodule ODD (share ?ALL))
+(reset)
+(facts *)
+; clear takes the definitions; a reset then has only the initial fact
+(clear)
+(reset)
+(facts)

@@ -1,0 +1,50 @@
+; deftemplate and deftype: slots, qualifiers, types and their constraints.
+(deftype age extends (type INTEGER) (range 0 130))
+(deftype colour extends (type SYMBOL) (allowed-symbols red green blue))
+(deftype small-age extends (type age) (range 0 12))
+(deftemplate person "someone"
+  (slot name (type SYMBOL) (default nobody))
+  (slot age (type age))
+  (multislot kids (default ann bob))
+  (slot score (type FLOAT) (default 1))
+  (slot stamp (default-dynamic (+ 1 1))))
+(assert (person (name eve) (age 30)))
+(facts)
+; a fact that breaks a constraint is refused with the type's message
+(assert (person (age 200)))
+(assert (person (name "eve")))
+; slot qualifiers ignore case, slot keywords do not
+(deftemplate thing (slot x (DEFAULT 1) (Type INTEGER)))
+(assert (thing))
+(deftemplate bad-kind (SLOT x))
+; a range on a slot makes a type of the slot's own and leaves the named one
+(deftemplate child (slot age (type age) (range 0 17)))
+(assert (child (age 30)))
+(assert (person (name old) (age 100)))
+; extends: the parent's slots come along; an unknown parent is no error
+(deftemplate adult extends person (slot job (default none)))
+(assert (adult (name ada) (job chemist)))
+(deftemplate orphan extends nobody-known (slot x (default 0)))
+(assert (orphan))
+; is-a: an ordered template of the type, with no slot definitions after it
+(deftemplate ages is-a age)
+(assert (ages 1 2 3))
+(deftemplate wrong is-a age (slot x))
+(deftemplate unknown-type is-a nothing)
+(deftemplate junk foo (slot x))
+; defaults are checked against the types of the whole slot
+(deftemplate late-type (slot x (default 1) (type STRING)))
+(deftemplate enum-slot (slot c (type colour)) (slot d (allowed-values 1 two 3.0)))
+(assert (enum-slot (c red) (d two)))
+(assert (enum-slot (c pink)))
+(assert (enum-slot (d 4)))
+(deftemplate counted (multislot items (cardinality 1 2)))
+(assert (counted (items a b c)))
+(assert (counted (items a b)))
+; type lists
+(deftype mixed extends (type INTEGER FUZZY))
+(deftype two-parents extends (type age small-age))
+(deftype no-extends (type INTEGER))
+(deftype bad-range extends (type INTEGER) (range))
+(deftype ok-second extends (type NUMBER) (range 1 "a"))
+(facts)
