@@ -25,18 +25,22 @@ TFactSet::TFocus::~TFocus() {
 }
 
 TFactSet::TFactSet(TComponent* Owner) : TComponent(Owner), FFactSetName(u"FactSet") {
-  if (auto* Engine = dynamic_cast<IReasoner*>(Owner)) SetEngine(Engine);
+  if (auto* Engine = dynamic_cast<IReasoner*>(Owner)) {
+    FHome = Engine;
+    FreeNotification(Owner);
+    SetEngine(Engine);
+  }
 }
 
-TFactSet::TFactSet(TComponent* Owner, const String& Name, const String& Comment) : TComponent(Owner) {
+TFactSet::TFactSet(TComponent* Owner, const String& Name, const String& Comment) : TFactSet(Owner) {
   FFactSetName = Name.empty() ? String(u"FactSet") : Name;
   FComment = Comment;
-  if (auto* Engine = dynamic_cast<IReasoner*>(Owner)) SetEngine(Engine);
 }
 
 TFactSet::~TFactSet() {
   Destroying();
   SetEngine(nullptr);
+  if (FHome) FHome->RemoveFactSet(this);
 }
 
 void TFactSet::SetFactSetName(const String& Value) {
@@ -62,13 +66,13 @@ void TFactSet::SetEngineNoParse(IReasoner* Value) {
     }
     FEngine = Old;
   }
-  if (TComponent* Old = ComponentOf(FEngine)) RemoveFreeNotification(Old);
+  if (TComponent* Old = ComponentOf(FEngine); Old && Old != ComponentOf(FHome)) RemoveFreeNotification(Old);
   FEngine = Value;
   if (TComponent* New = ComponentOf(FEngine)) FreeNotification(New);
 }
 
 void TFactSet::ForgetEngine() {
-  if (TComponent* Old = ComponentOf(FEngine)) RemoveFreeNotification(Old);
+  if (TComponent* Old = ComponentOf(FEngine); Old && Old != ComponentOf(FHome)) RemoveFreeNotification(Old);
   FEngine = nullptr;
 }
 
@@ -198,6 +202,7 @@ void TFactSet::Assign(const TPersistent* Source) {
 
 void TFactSet::Notification(TComponent* Component, TOperation Operation) {
   TComponent::Notification(Component, Operation);
+  if (Operation == opRemove && Component && Component == ComponentOf(FHome)) FHome = nullptr;
   if (Operation == opRemove && Component && Component == ComponentOf(FEngine)) {
     // The engine goes: its sets and templates go with it.
     FEngine = nullptr;

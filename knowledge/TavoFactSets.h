@@ -88,6 +88,9 @@ class TFactSet : public TComponent {
 
   String FComment;
   IReasoner* FEngine = nullptr;
+  // The engine that made the set. A set that gave up its engine to a newer
+  // one of its name still stands in this engine's lists until it goes.
+  IReasoner* FHome = nullptr;
   String FFactSetName;
   TFactSetFacts FFacts{this};
   String FModule;

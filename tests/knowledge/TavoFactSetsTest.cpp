@@ -76,6 +76,22 @@ TEST(TavoFactSetsTest, ModulesHoldTheirSetsAndFocusFollowsThem) {
   EXPECT_EQ(Engine.GetModules().Get(0)->GetFacts()->ToString(), u"(Initial-Fact)");
 }
 
+TEST(TavoFactSetsTest, ANewSetOfANameStandsBesideTheOldOne) {
+  auto Engine = std::make_unique<TInferenceEngine>();
+  Engine->Parse(u"(deffacts s (old 1)) (deffacts s (new 1))");
+  TFactSets& Sets = *Engine->GetFactSets();
+  ASSERT_EQ(Sets.Count(), 2);
+  EXPECT_EQ(Sets.Get(0)->GetEngine(), nullptr) << "the old set is told it has no engine";
+  EXPECT_EQ(Sets.IndexOf(u"s"), 0) << "lookups find the older until it goes";
+  Engine->Reset();
+  EXPECT_EQ(FactsText(*Engine), u"(new 1)\r\n(Initial-Fact)");
+  // Freeing the old set takes it out of the list, engine or none.
+  delete Sets.Get(0);
+  EXPECT_EQ(Sets.Count(), 1);
+  Engine->Parse(u"(deffacts s (newest 1))");
+  Engine.reset();  // every set goes once
+}
+
 TEST(TavoFactSetsTest, ParseEventsNameEachConstruct) {
   TInferenceEngine Engine;
   auto* Parser = static_cast<TTavoParser*>(Engine.GetParserObject());
