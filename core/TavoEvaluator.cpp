@@ -156,6 +156,8 @@ void TFunctionCall::Bind() {
 }
 
 void TFunctionCall::Execute(TTavoContext* Context, ITavoValue& Result) {
+  // Built-in calls recurse too: a reset in a fact set's slot runs resets.
+  CheckStack(*this);
   if (!FUserFunction) Bind();
   Result.Reset();
   FUserFunction->CallChecked(*this, Context, Result);

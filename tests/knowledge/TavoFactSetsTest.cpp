@@ -92,6 +92,15 @@ TEST(TavoFactSetsTest, ANewSetOfANameStandsBesideTheOldOne) {
   Engine.reset();  // every set goes once
 }
 
+TEST(TavoFactSetsTest, AResetInsideAResetIsAnErrorNotACrash) {
+  TInferenceEngine Engine;
+  Engine.Parse(u"(deffacts x (a (reset)))");
+  EXPECT_NE(FailureOf([&] { Engine.Reset(); }).find(u"the stack ran out"), String::npos);
+  Engine.Clear();
+  Engine.Reset();
+  EXPECT_EQ(FactsText(Engine), u"(Initial-Fact)");
+}
+
 TEST(TavoFactSetsTest, ParseEventsNameEachConstruct) {
   TInferenceEngine Engine;
   auto* Parser = static_cast<TTavoParser*>(Engine.GetParserObject());
