@@ -285,6 +285,9 @@ IUserFunction TUserFunctions::ExtractFunction(const String& Name) {
 
 IUserFunction TUserFunctions::RemoveFunction(const String& Name) {
   IUserFunction Function = ExtractFunction(Name);
+  // A deffunction that calls itself holds itself through its body: it lets
+  // go as it leaves, and a call of it that lives on binds anew by name.
+  if (auto* Interpreted = dynamic_cast<TInterpretedFunction*>(Function.Get())) Interpreted->UnbindCalls();
   // The function forgets the engine; its notice finds the name gone.
   if (Function && FEngine) Function->DeleteReasoner(FEngine);
   return Function;

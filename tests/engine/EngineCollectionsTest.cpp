@@ -218,3 +218,19 @@ TEST(EngineCollectionsTest, ResetAndClearReturnToTheirStartingStates) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+TEST(EngineCollectionsTest, ARedefinedRecursiveDeffunctionLetsGoOfItself) {
+  TInferenceEngine Engine;
+  Engine.Parse(u"(deffunction f (?n) (if (> ?n 0) then (f (- ?n 1)) else 0)) (f 3)");
+  IUserFunction Old = Engine.GetUserFunction(u"f");
+  Engine.Parse(u"(deffunction f (?n) 1)");
+  // Only this test holds the old function now: its body no longer does.
+  EXPECT_EQ(Old->RefCount(), 1);
+  EXPECT_EQ(Engine.ParseNExecuteFunCall(u"(f 5)")->GetAsInteger(), 1);
+}
+
+}  // namespace
+}  // namespace tavo
