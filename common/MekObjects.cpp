@@ -105,6 +105,12 @@ TComponent::TComponent(TComponent* AOwner) {
 
 TComponent::~TComponent() {
   Destroying();
+  NotifyFreeing();
+  DestroyComponents();
+  if (FOwner) FOwner->RemoveComponent(this);
+}
+
+void TComponent::NotifyFreeing() {
   // A peer may unregister others, or be freed, while it is told.
   while (!FFreeNotifies.empty()) {
     TComponent* Peer = FFreeNotifies.back();
@@ -112,8 +118,6 @@ TComponent::~TComponent() {
     Peer->RemoveNotification(this);
     Peer->Notification(this, opRemove);
   }
-  DestroyComponents();
-  if (FOwner) FOwner->RemoveComponent(this);
 }
 
 void TComponent::InsertComponent(TComponent* Component) {

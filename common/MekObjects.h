@@ -287,6 +287,10 @@ class TComponent : public TPersistent {
   bool IsDestroying() const { return FComponentState.Contains(csDestroying); }
   // Marks the component as being destroyed; the destructor does it too.
   void Destroying() { FComponentState.Include(csDestroying); }
+  // Tells every peer registered by FreeNotification that this component
+  // goes. The destructor does it; a derived class whose peers must still
+  // see its own class calls it first in its own destructor.
+  void NotifyFreeing();
 
   // Component was inserted into or is being removed from this component, or
   // a peer registered by FreeNotification is being freed.

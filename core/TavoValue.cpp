@@ -1,5 +1,7 @@
 #include "core/TavoValue.h"
 
+#include "common/MekBlockCache.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -131,63 +133,12 @@ void TTavoValue::SetOnChange(TTavoValueChangeEvent Value) {
   GetExtras(true)->OnChange = std::move(Value);
 }
 
-// The thread's cache of value blocks: a free list of blocks of exactly a
-// value's size, kept to a bound. The address sanitizer sees every block
-// come and go instead.
+// Value blocks come from a cache of the thread.
+using TValueBlocks = TBlockCache<sizeof(TTavoValue), 4096>;
 
-namespace {
+void* TTavoValue::operator new(size_t Size) { return TValueBlocks::Allocate(Size); }
 
-#if defined(TAVO_ADDRESS_SANITIZER)
-#define TAVO_NO_VALUE_CACHE 1
-#endif
-
-#if !defined(TAVO_NO_VALUE_CACHE)
-struct TFreeBlock {
-  TFreeBlock* Next;
-};
-
-struct TValueCache {
-  TFreeBlock* Free = nullptr;
-  int Count = 0;
-  ~TValueCache();
-};
-
-constexpr int MaxCachedValues = 4096;
-// Set once the thread's cache is gone, while the thread still frees values.
-thread_local bool CacheGone = false;
-thread_local TValueCache Cache;
-
-TValueCache::~TValueCache() {
-  CacheGone = true;
-  while (Free) ::operator delete(std::exchange(Free, Free->Next));
-  Count = 0;
-}
-#endif
-
-}  // namespace
-
-void* TTavoValue::operator new(size_t Size) {
-#if !defined(TAVO_NO_VALUE_CACHE)
-  if (Size == sizeof(TTavoValue) && !CacheGone && Cache.Free) {
-    --Cache.Count;
-    return std::exchange(Cache.Free, Cache.Free->Next);
-  }
-#endif
-  return ::operator new(Size);
-}
-
-void TTavoValue::operator delete(void* Block, size_t Size) noexcept {
-#if !defined(TAVO_NO_VALUE_CACHE)
-  if (Size == sizeof(TTavoValue) && !CacheGone && Cache.Count < MaxCachedValues) {
-    Cache.Free = new (Block) TFreeBlock{Cache.Free};
-    ++Cache.Count;
-    return;
-  }
-#else
-  (void)Size;
-#endif
-  ::operator delete(Block);
-}
+void TTavoValue::operator delete(void* Block, size_t Size) noexcept { TValueBlocks::Release(Block, Size); }
 
 // Construction.
 
