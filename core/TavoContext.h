@@ -11,6 +11,7 @@
 namespace tavo {
 
 class TTavoContext;
+class TContextFact;
 
 // The coordinates of a variable in a token: the pattern (fact) index, the
 // slot name or a special name, and the index inside a multifield slot. A
@@ -39,6 +40,7 @@ class TBindingInfo : public TPersistent {
 
  protected:
   friend class TTavoContext;
+  friend const ITavoValue& ReadSlot(TContextFact& Fact, const TBindingInfo& Info);
   int FSubIndex = NoSubIndex;
   int FFactIndex = 0;
   String FSlotIndex;
@@ -130,6 +132,11 @@ class TContextFact : public TCloneableObject {
   virtual const ITavoValue& GetValueAt(int Position) = 0;
 };
 using IContextFact = TRef<TContextFact>;
+
+// The value of the slot that Info names in Fact, its sub-index aside. The
+// slot's position is worked out once per layout and kept in Info, so that
+// every later read goes by position.
+const ITavoValue& ReadSlot(TContextFact& Fact, const TBindingInfo& Info);
 
 // What evaluation needs of a partial match: its facts by position. Tokens
 // derive from it.

@@ -304,6 +304,15 @@ void TInterpretedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
 
 // TTavoContext
 
+const ITavoValue& ReadSlot(TContextFact& Fact, const TBindingInfo& Info) {
+  const void* Layout = Fact.GetSlotLayout();
+  if (Info.FLayoutSeen != Layout || !Layout) {
+    Info.FSlotPosition = Fact.GetSlotPosition(Info.GetSlotIndex());
+    Info.FLayoutSeen = Layout;
+  }
+  return Info.FSlotPosition >= 0 ? Fact.GetValueAt(Info.FSlotPosition) : Fact.GetValue(Info.GetSlotIndex());
+}
+
 ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
   int TokenCount = FToken ? FToken->GetCount() : 0;
   TContextFact* Fact = nullptr;
@@ -313,14 +322,7 @@ ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
     Fact = FToken->GetContextFact(Info.GetFactIndex());
   if (!Fact) throw ETavoException(Format(SCorruptedVariable, Info.ToString()));
   if (Info.GetSlotIndex() == SPatternBinding) return Make<TTavoValue>(Fact->GetID(), dtFactId);
-  // The name is looked up once per layout; every later read goes by position.
-  const void* Layout = Fact->GetSlotLayout();
-  if (Info.FLayoutSeen != Layout || !Layout) {
-    Info.FSlotPosition = Fact->GetSlotPosition(Info.GetSlotIndex());
-    Info.FLayoutSeen = Layout;
-  }
-  const ITavoValue& Value =
-      Info.FSlotPosition >= 0 ? Fact->GetValueAt(Info.FSlotPosition) : Fact->GetValue(Info.GetSlotIndex());
+  const ITavoValue& Value = ReadSlot(*Fact, Info);
   if (Info.GetSubIndex() == NoSubIndex) return Value;
   return Value->GetAsList()->Get(Info.GetSubIndex());
 }

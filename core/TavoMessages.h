@@ -234,6 +234,8 @@ inline constexpr char16_t SNoSuchFunction[] =
     u"Function is unimplemented or unassigned: %s";
 inline constexpr char16_t SNoReadFunctionWarning[] =
     u"The %s event has not been implemented or unassigned.\r\nWarning: Implementation of this function requires a blocking mechanism, \r\nsuch as ShowModal, or the use of threads";
+inline constexpr char16_t SRuleMissingForPattern[] =
+    u"Rule missing for pattern";
 inline constexpr char16_t SNoTemplate[] =
     u"Fact Template is missing";
 inline constexpr char16_t SNoRule[] =
