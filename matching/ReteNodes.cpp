@@ -1,0 +1,670 @@
+#include "matching/ReteNodes.h"
+
+#include <algorithm>
+
+#include "core/TavoEvaluator.h"
+#include "core/TavoVectors.h"
+#include "knowledge/TavoFactTemplate.h"
+#include "knowledge/TavoRule.h"
+#include "matching/ActivationAgenda.h"
+#include "matching/ReteNetwork.h"
+
+namespace tavo {
+
+namespace {
+
+constexpr const char16_t* CallTypeNames[] = {u"ctLeft", u"ctRight", u"ctSingle", u"ctActivate"};
+
+constexpr const char16_t* PatternMatchTestNames[] = {u"pmtUnknown",
+                                                     u"pmtTestClassType",
+                                                     u"pmtTestEqual",
+                                                     u"pmtTestNotEqual",
+                                                     u"pmtTestSlotValueEqual",
+                                                     u"pmtTestSlotValueNotEqual",
+                                                     u"pmtTestMultiSlotEqual",
+                                                     u"pmtTestMultiSlotNotEqual",
+                                                     u"pmtTestMultiSlotLength",
+                                                     u"pmtTestMultiSlotMultiField",
+                                                     u"pmtFailTest"};
+
+bool IsCall(const ITavoValue& Value) { return Value && Value->GetDType() == dtFunCall; }
+bool IsFuzzy(const ITavoValue& Value) { return Value && Value->GetDType() == dtFuzzy; }
+
+// Item Index of a list value, or null when the value holds no such item.
+const ITavoValue* ListItem(const ITavoValue& Value, int Index) {
+  if (!Value || Value->GetDType() != dtList || Index < 0) return nullptr;
+  const IValueVector& List = Value->GetAsList();
+  if (Index >= List->GetValueCount()) return nullptr;
+  return &List->Get(Index);
+}
+
+}  // namespace
+
+String GetCallTypeName(TCallType Type) {
+  if (Type < ctLeft || Type > ctActivate) return IntToStr(int(Type));
+  return CallTypeNames[Type];
+}
+
+String GetPatternMatchTestName(TPatternMatchTest Test) {
+  if (Test < pmtUnknown || Test > pmtFailTest) return IntToStr(int(Test));
+  return PatternMatchTestNames[Test];
+}
+
+// TNodeArg
+
+const ITavoValue* TNodeArg::Find(TFact& Fact) const {
+  const void* Layout = Fact.GetSlotLayout();
+  if (Layout != FLayoutSeen || !Layout) {
+    FPosition = Fact.GetSlotPosition(FName);
+    FLayoutSeen = Layout;
+  }
+  if (FPosition < 0) return nullptr;
+  return &Fact.GetValueAt(FPosition);
+}
+
+String TNodeArg::ToString() const { return FIsName ? FName : IntToStr(FNumber); }
+
+// TReteEdge
+
+TReteNode* TReteEdge::FromNode() const { return static_cast<TReteNode*>(TGGraphEdge::FromNode()); }
+TReteNode* TReteEdge::ToNode() const { return static_cast<TReteNode*>(TGGraphEdge::ToNode()); }
+
+// TReteNode
+
+TReteNode::TReteNode() = default;
+
+TReteNode::~TReteNode() {
+  if (TReteNetwork* Network = Rete()) Network->NodeGoing(this);
+}
+
+TReteNetwork* TReteNode::Rete() const { return static_cast<TReteNetwork*>(GetGraph()); }
+
+void TReteNode::MakeContext(TTavoContext* Global) {
+  FContext.reset(Global ? Global->Push() : new TTavoContext());
+}
+
+void TReteNode::Evaluate(const IFunCall& FunCall, const IReteToken& /*Token*/, const IFact& /*Fact*/,
+                         ITavoValue& Result) {
+  Result = Make<TTavoValue>(FunCall);
+}
+
+TGGraphEdge* TReteNode::NewEdge(TGGraphNode* From, TGGraphNode* To) { return new TReteEdge(From, To); }
+
+void TReteNode::AddingEdgeFrom(TGGraphEdge* /*Edge*/) {
+  if (GetInDegree() == 0)
+    if (TReteNetwork* Network = Rete()) Network->RemoveRoot(this);
+}
+
+void TReteNode::RemovingEdgeFrom(TGGraphEdge* /*Edge*/) {
+  if (GetInDegree() == 0)
+    if (TReteNetwork* Network = Rete()) Network->AddRoot(this);
+}
+
+void TReteNode::CallChildren(const IReteToken& Token) {
+  // By index: a successor may be added while a token is on its way.
+  const auto& Out = Edges();
+  for (size_t I = 0; I < Out.size(); ++I) {
+    auto* Edge = static_cast<TReteEdge*>(Out[I]);
+    Edge->ToNode()->CallNode(Token, Edge->GetCallType());
+  }
+}
+
+String TReteNode::ToString() const {
+  return GetName() + u" In/Out#: " + IntToStr(GetInDegree()) + u"/" + IntToStr(GetOutDegree()) + u" RuleUse: " +
+         IntToStr(FRuleUseCount);
+}
+
+// TPatternMatchNode
+
+void TPatternMatchNode::SetValue(const ITavoValue& Value) {
+  FValue = Value;
+  FClassName = (Value && Value->GetDType() != dtFunCall && Value->GetDType() != dtList) ? Value->GetAsString()
+                                                                                        : String();
+}
+
+bool TPatternMatchNode::ClassTypePasses(const TFact& Fact) const {
+  for (TFactTemplate* Template = Fact.GetTemplate().Get(); Template; Template = Template->GetParent().Get())
+    if (Template->GetTemplateName() == FClassName) return true;
+  return false;
+}
+
+bool TPatternMatchNode::CallPasses(const IReteToken& Token) {
+  TTavoContext* Context = GetContext();
+  Context->SetToken(IContextToken(Token.Get()));
+  Context->SetFact(IContextFact(Token->GetFact().Get()));
+  bool IsFalseResult;
+  try {
+    ITavoValue Scratch;
+    IsFalseResult = tavo::Evaluate(FValue, Context, Scratch)->Equals(FCFalse);
+  } catch (...) {
+    Context->SetToken(nullptr);
+    Context->SetFact(nullptr);
+    throw;
+  }
+  Context->SetToken(nullptr);
+  Context->SetFact(nullptr);
+  return !IsFalseResult;
+}
+
+void TPatternMatchNode::CallMultiField(const IReteToken& Token, TFact& Fact) {
+  const ITavoValue* Slot = FArguments[0].Find(Fact);
+  if (!Slot) return;
+  if (*Slot == FCNil || (*Slot && (*Slot)->Equals(FCNil))) {
+    TReteNode::CallChildren(Token);
+    return;
+  }
+  if (!*Slot || (*Slot)->GetDType() != dtList) return;
+  IValueVector Items = (*Slot)->GetAsList();
+  int N = Items->GetValueCount();
+  int S = FArguments[1].GetNumber();
+  int Position = Fact.GetSlotPosition(FArguments[0].GetName());
+  // Longest span first: the variable takes B items at position S.
+  for (int I = 0; I <= N - S; ++I) {
+    int B = N - (S + 1 + I) + 1;
+    IValueVector Spanned = Make<TValueVector>();
+    Spanned->Reserve(N - B + 1);
+    for (int J = 0; J < S; ++J) Spanned->Add(Items->Get(J));
+    IValueVector Span = Make<TValueVector>();
+    for (int J = S; J < S + B; ++J) Span->Add(Items->Get(J));
+    Spanned->Add(Make<TTavoValue>(Span));
+    for (int J = S + B; J < N; ++J) Spanned->Add(Items->Get(J));
+    IFact Clone = Fact.CloneFact();
+    Clone->SetValueAt(Position, Make<TTavoValue>(Spanned));
+    TReteNode::CallChildren(Make<TTavoToken>(Token->GetTag(), Clone));
+  }
+}
+
+bool TPatternMatchNode::CallNode(const IReteToken& Token, TCallType /*CallType*/) {
+  if (Token->GetTag() == taClear) {
+    TReteNode::CallChildren(Token);
+    return true;
+  }
+  TFact& Fact = *Token->GetFact();
+  bool Result = false;
+  switch (FPatternMatchTest) {
+    case pmtTestClassType:
+      Result = ClassTypePasses(Fact);
+      break;
+    case pmtTestEqual:
+    case pmtTestNotEqual:
+      if (!IsCall(FValue)) {
+        const ITavoValue* Slot = FArguments[0].Find(Fact);
+        if (!Slot) return false;
+        return CallChildren(Token, FValue, FPatternMatchTest == pmtTestNotEqual, *Slot);
+      }
+      Result = CallPasses(Token);
+      if (FPatternMatchTest == pmtTestNotEqual) Result = !Result;
+      break;
+    case pmtTestSlotValueEqual:
+    case pmtTestSlotValueNotEqual: {
+      const ITavoValue* First = FArguments[0].Find(Fact);
+      const ITavoValue* Second = FArguments[1].Find(Fact);
+      if (!First || !Second) return false;
+      // An item beyond the list fails the test.
+      if (FArguments[2].GetNumber() != NoSubIndex) First = ListItem(*First, FArguments[2].GetNumber());
+      if (FArguments[3].GetNumber() != NoSubIndex) Second = ListItem(*Second, FArguments[3].GetNumber());
+      if (!First || !Second) return false;
+      return CallChildren(Token, *Second, FPatternMatchTest == pmtTestSlotValueNotEqual, *First);
+    }
+    case pmtTestMultiSlotEqual:
+    case pmtTestMultiSlotNotEqual: {
+      const ITavoValue* Slot = FArguments[0].Find(Fact);
+      if (!Slot) return false;
+      const ITavoValue* Item = ListItem(*Slot, FArguments[1].GetNumber());
+      if (!Item) return false;
+      if (!IsCall(FValue)) return CallChildren(Token, FValue, FPatternMatchTest == pmtTestMultiSlotNotEqual, *Item);
+      Result = CallPasses(Token);
+      if (FPatternMatchTest == pmtTestMultiSlotNotEqual) Result = !Result;
+      break;
+    }
+    case pmtTestMultiSlotLength: {
+      const ITavoValue* Slot = FArguments[0].Find(Fact);
+      if (!Slot || !*Slot) return false;
+      // An empty multislot may hold nil: it has no items.
+      int Count = (*Slot)->GetDType() == dtList ? (*Slot)->GetAsList()->GetValueCount() : (*Slot)->Equals(FCNil) ? 0 : -1;
+      Result = Count == FArguments[1].GetNumber();
+      break;
+    }
+    case pmtTestMultiSlotMultiField:
+      CallMultiField(Token, Fact);
+      return true;
+    case pmtUnknown:
+    case pmtFailTest:
+      break;
+  }
+  if (Result) TReteNode::CallChildren(Token);
+  return Result;
+}
+
+bool TPatternMatchNode::CallChildren(const IReteToken& Token, const ITavoValue& Value, bool Negate,
+                                     const ITavoValue& SlotValue) {
+  bool Result = SlotValue ? SlotValue->Equals(Value) : !Value;
+  if (Negate) Result = !Result;
+  if (!Result) return false;
+  if (!IsFuzzy(Value) && !IsFuzzy(SlotValue)) {
+    TReteNode::CallChildren(Token);
+    return true;
+  }
+  float Strength = IsFuzzy(Value) ? Rete()->FuzzyMatch(Value, SlotValue) : Rete()->FuzzyMatch(SlotValue, Value);
+  if (Token->GetStrength() <= Strength) {
+    TReteNode::CallChildren(Token);
+  } else if (Strength >= Rete()->GetMinActivationStrength()) {
+    IReteToken Weaker = Make<TTavoToken>(Token);
+    Weaker->SetStrength(Strength);
+    TReteNode::CallChildren(Weaker);
+  }
+  return true;
+}
+
+bool TPatternMatchNode::Equals(TPatternMatchTest Test, const TNodeArgsArray& Args) const {
+  if (Test != FPatternMatchTest || Args.size() != FArguments.size()) return false;
+  for (size_t I = 0; I < Args.size(); ++I)
+    if (!Args[I].SameValue(FArguments[I])) return false;
+  return true;
+}
+
+bool TPatternMatchNode::Equals(TPatternMatchTest Test, const ITavoValue& Value, const TNodeArgsArray& Args) const {
+  if (Test != FPatternMatchTest) return false;
+  if (bool(Value) != bool(FValue)) return false;
+  if (Value) {
+    if (Args.size() != FArguments.size()) return false;
+    if (IsFuzzy(Value) || IsFuzzy(FValue)) {
+      float Strength = IsFuzzy(Value) ? Rete()->FuzzyMatch(Value, FValue) : Rete()->FuzzyMatch(FValue, Value);
+      if (Strength < 1.0f) return false;
+    } else if (!Value->Equals(FValue)) {
+      return false;
+    }
+  }
+  return Equals(Test, Args);
+}
+
+String TPatternMatchNode::ToString() const {
+  String Result = TReteNode::ToString();
+  if (FValue) Result += u" Value: " + FValue->ToString();
+  Result += u" Test: " + GetPatternMatchTestName(FPatternMatchTest);
+  if (!FArguments.empty()) {
+    Result += u" Args: (";
+    for (size_t I = 0; I < FArguments.size(); ++I) {
+      if (I > 0) Result += u", ";
+      Result += FArguments[I].ToString();
+    }
+    Result += u")";
+  }
+  return Result;
+}
+
+// TTestNode
+
+TTestNode::~TTestNode() = default;
+
+void TTestNode::AddTest(TSlotTestType Type, const String& /*SlotName*/, int SubIndex, const ITavoValue& Value) {
+  auto Test = std::make_unique<TTavoPatternMatchTest>(nullptr);
+  Test->SetSlotTestType(Type);
+  Test->SetMultiSlotSubIndex(SubIndex);
+  Test->SetSlotValue(Value);
+  FJoinTests.push_back(nullptr);
+  FTests.push_back(std::move(Test));
+}
+
+void TTestNode::ClearTests() {
+  FTests.clear();
+  FJoinTests.clear();
+}
+
+void TTestNode::DeleteTest(int Index) {
+  FTests.erase(FTests.begin() + Index);
+  FJoinTests.erase(FJoinTests.begin() + Index);
+}
+
+bool TTestNode::Equals(const TTestNode* Node) const {
+  if (!Node || &Node->ClassType() != &ClassType() || Node->FTests.size() != FTests.size()) return false;
+  for (size_t I = 0; I < FTests.size(); ++I) {
+    // A call is never equal to another, so nodes with calls are not shared.
+    if (!FJoinTests[I]) return false;
+    bool Found = false;
+    for (size_t J = 0; J < Node->FTests.size() && !Found; ++J)
+      Found = Node->FJoinTests[J] && FJoinTests[I]->Equals(Node->FJoinTests[J]);
+    if (!Found) return false;
+  }
+  return true;
+}
+
+bool TTestNode::RunTests(int Count) {
+  TTavoContext* Context = GetContext();
+  for (int I = 0; I < Count; ++I)
+    if (!FTests[size_t(I)]->PerformTest(Context)) return false;
+  return true;
+}
+
+bool TTestNode::CallNode(const IReteToken& Token, TCallType /*CallType*/) {
+  if (Token->GetTag() != taClear) {
+    TTavoContext* Context = GetContext();
+    Context->SetToken(IContextToken(Token.Get()));
+    bool Passed;
+    try {
+      Passed = RunTests(int(FTests.size()));
+    } catch (...) {
+      Context->SetToken(nullptr);
+      throw;
+    }
+    // The token stays in the context after a failure until the next one.
+    if (!Passed) return false;
+    Context->SetToken(nullptr);
+  }
+  CallChildren(Token);
+  return true;
+}
+
+String TTestNode::ToString() const {
+  String Result = TReteNode::ToString() + u" NumTests: " + IntToStr(int(FTests.size()));
+  for (auto& Test : FTests) Result += u" (" + Test->ToString() + u")";
+  return Result;
+}
+
+// TJoinNode
+
+TJoinNode::~TJoinNode() = default;
+
+void TJoinNode::SetPattern(TTavoPattern* Pattern) {
+  if (Pattern && !(Pattern->GetFactTemplate() && Pattern->GetFactTemplate()->IsBackwardChaining()))
+    throw ETavoException(SInvalidBackchainPattern);
+  FPattern = Pattern;
+}
+
+void TJoinNode::AddTest(TSlotTestType Type, int TokenIndex, const String& LeftName, const String& RightName) {
+  auto Test = std::make_unique<TTavoJoinTest>(Type, TokenIndex, LeftName, RightName);
+  FJoinTests.push_back(Test.get());
+  FTests.push_back(std::move(Test));
+}
+
+void TJoinNode::AddTest(TSlotTestType Type, int TokenIndex, const String& LeftName, int LeftSubIndex,
+                        const String& RightName, int RightSubIndex) {
+  if (LeftSubIndex == -1 && RightSubIndex == -1) {
+    AddTest(Type, TokenIndex, LeftName, RightName);
+    return;
+  }
+  auto Test = std::make_unique<TTavoJoinTest>(Type, TokenIndex, LeftName, LeftSubIndex, RightName, RightSubIndex);
+  FJoinTests.push_back(Test.get());
+  FTests.push_back(std::move(Test));
+}
+
+void TJoinNode::PrepareShortCut() {
+  auto Find = [this](TJoinTestType Kind) -> int {
+    for (size_t I = 0; I < FTests.size(); ++I)
+      if (FJoinTests[I] && FJoinTests[I]->GetJoinTestType() == Kind && FJoinTests[I]->GetSlotTestType() == sttEquals)
+        return int(I);
+    return -1;
+  };
+  int Index = Find(tstSlot);
+  if (Index < 0) Index = Find(tstMultiSlot);
+  if (Index >= 0) {
+    TTavoJoinTest* Key = FJoinTests[size_t(Index)];
+    FRightFactIndex = Key->GetRightIndex();
+    FLeftFactIndex = Key->GetLeftIndex();
+    FTokenIndex = Key->GetTokenIndex();
+    if (Key->GetJoinTestType() == tstMultiSlot) {
+      FRightSubIndex = Key->GetRightSubIndex();
+      FLeftSubIndex = Key->GetLeftSubIndex();
+    }
+    FShortCut = true;
+    if (Index != 0) {
+      std::swap(FTests[0], FTests[size_t(Index)]);
+      std::swap(FJoinTests[0], FJoinTests[size_t(Index)]);
+    }
+    FLeftKey = TBindingInfo(FTokenIndex, FLeftFactIndex, FLeftSubIndex);
+    FRightKey = TBindingInfo(0, FRightFactIndex, FRightSubIndex);
+  }
+  FNeedsContext = std::find(FJoinTests.begin(), FJoinTests.end(), nullptr) != FJoinTests.end();
+  if (!(FLeftMemory && FRightMemory && FLeftMemory->GetEmpty() && FRightMemory->GetEmpty())) ClearMemory();
+}
+
+void TJoinNode::ClearMemory() {
+  if (FLeftMemory)
+    FLeftMemory->Clear();
+  else
+    FLeftMemory = std::make_unique<TTavoTokenTree>(FHashKey, FTokenIndex, FLeftSubIndex, FLeftFactIndex,
+                                                   FLeftFactIndex.empty());
+  if (FRightMemory)
+    FRightMemory->Clear();
+  else
+    FRightMemory = std::make_unique<TTavoTokenTree>(FHashKey, 0, FRightSubIndex, FRightFactIndex, false);
+}
+
+bool TJoinNode::Equals(const TTestNode* Node) const {
+  if (FNegatedPattern) return false;
+  auto* Join = dynamic_cast<const TJoinNode*>(Node);
+  if (!Join || Join->FNegatedPattern) return false;
+  return TTestNode::Equals(Node);
+}
+
+void TJoinNode::AskForBackChain(const IReteToken& /*Token*/) {}
+
+bool TJoinNode::PairPasses(const TTavoToken& Left, TFact& Right) {
+  if (!FNeedsContext) {
+    for (TTavoJoinTest* Test : FJoinTests)
+      if (!Test->Test(Left, Right)) return false;
+    return true;
+  }
+  TTavoContext* Context = GetContext();
+  Context->SetToken(IContextToken(const_cast<TTavoToken*>(&Left)));
+  Context->SetFact(IContextFact(&Right));
+  bool Passed = true;
+  try {
+    for (size_t I = 0; I < FTests.size() && Passed; ++I)
+      Passed = FJoinTests[I] ? FJoinTests[I]->Test(Left, Right) : FTests[I]->PerformTest(Context);
+  } catch (...) {
+    Context->SetToken(nullptr);
+    Context->SetFact(nullptr);
+    throw;
+  }
+  Context->SetToken(nullptr);
+  Context->SetFact(nullptr);
+  return Passed;
+}
+
+IReteToken TJoinNode::Join(const IReteToken& Left, const IFact& Right, float Strength) {
+  IReteToken Result = Make<TTavoToken>(Left, Right);
+  if (Strength < Result->GetStrength()) Result->SetStrength(Strength);
+  return Result;
+}
+
+bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
+  FMatches = 0;
+  TTokenAction Tag = Token->GetTag();
+  if (Tag == taClear) {
+    ClearMemory();
+    CallChildren(Token);
+    return true;
+  }
+  if (!FLeftMemory || !FRightMemory) ClearMemory();
+  switch (CallType) {
+    case ctLeft:
+      if (Tag == taRemove) {
+        if (FLeftMemory->Remove(Token)) RunTestsVaryRight(Token);
+      } else if (FLeftMemory->Add(Make<TTavoToken>(Token))) {
+        RunTestsVaryRight(Token);
+        AskForBackChain(Token);
+      }
+      break;
+    case ctRight:
+      if (Tag == taRemove) {
+        if (FRightMemory->Remove(Token)) RunTestsVaryLeft(Token);
+      } else if (FRightMemory->Add(Make<TTavoToken>(Token))) {
+        RunTestsVaryLeft(Token);
+      }
+      break;
+    default:
+      throw ETavoException(Format(SInvalidCallType, GetCallTypeName(CallType)));
+  }
+  return true;
+}
+
+void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
+  TTokenAction Tag = Token->GetTag();
+  bool Adding = Tag == taAdd || Tag == taUpdate;
+  // Walks one bucket of right tokens; false stops the whole scan.
+  auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
+    for (size_t I = 0; I < Bucket.size(); ++I) {
+      const IReteToken& Right = Bucket[I];
+      if (!PairPasses(*Token, *Right->GetFact())) continue;
+      if (FNegatedPattern) {
+        Token->SetNegatedCount(Token->GetNegatedCount() + 1);
+        continue;
+      }
+      IReteToken Joined = Join(Token, Right->GetFact(), Right->GetStrength());
+      if (Tag != taRemove) ++FMatches;
+      CallChildren(Joined);
+      if (FUnique && Adding) return false;
+    }
+    return true;
+  };
+  if (!(FRightMemory->GetEmpty() && FNegatedPattern && Tag == taRemove)) {
+    if (FShortCut) {
+      TFact* Fact = Token->GetFacts(FTokenIndex);
+      const ITavoValue& Key = ReadSlot(*Fact, FLeftKey);
+      const ITavoValue* Value = FLeftSubIndex != -1 ? ListItem(Key, FLeftSubIndex) : &Key;
+      int32_t Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+      if (auto* Bucket = FRightMemory->GetTokens(Hash)) Scan(*Bucket);
+    } else {
+      for (int B = FRightMemory->GetLowIndex(); B <= FRightMemory->GetHighIndex(); ++B)
+        if (auto* Bucket = FRightMemory->GetTokens(B))
+          if (!Scan(*Bucket)) break;
+    }
+  }
+  if (FNegatedPattern && Token->GetNegatedCount() == 0) {
+    ++FMatches;
+    CallChildren(Make<TTavoToken>(Token, Rete()->GetNullFact()));
+  } else {
+    Token->SetNegatedCount(0);
+  }
+}
+
+void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
+  if (!FLeftMemory || FLeftMemory->GetEmpty()) return;
+  TTokenAction Tag = Token->GetTag();
+  const IFact& Right = Token->GetFact();
+  float Strength = Token->GetStrength();
+  auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
+    for (size_t I = 0; I < Bucket.size(); ++I) {
+      const IReteToken& Left = Bucket[I];
+      if (!PairPasses(*Left, *Right)) continue;
+      if (!FNegatedPattern) {
+        IReteToken Joined = Join(Left, Right, Strength);
+        Joined->SetTag(Tag);
+        CallChildren(Joined);
+      } else if (Tag == taAdd || Tag == taUpdate) {
+        // The left token's match, if it had one, goes.
+        IReteToken Blocked = Join(Left, Rete()->GetNullFact(), Strength);
+        Blocked->SetTag(taRemove);
+        CallChildren(Blocked);
+        Left->SetNegatedCount(Left->GetNegatedCount() + 1);
+      } else {
+        Left->SetNegatedCount(Left->GetNegatedCount() - 1);
+        if (Left->GetNegatedCount() == 0) CallChildren(Join(Left, Rete()->GetNullFact(), Strength));
+      }
+    }
+  };
+  if (FShortCut) {
+    const ITavoValue& Key = ReadSlot(*Token->GetFacts(0), FRightKey);
+    const ITavoValue* Value = FRightSubIndex != -1 ? ListItem(Key, FRightSubIndex) : &Key;
+    int32_t Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+    if (auto* Bucket = FLeftMemory->GetTokens(Hash)) Scan(*Bucket);
+  } else {
+    for (int B = FLeftMemory->GetLowIndex(); B <= FLeftMemory->GetHighIndex(); ++B)
+      if (auto* Bucket = FLeftMemory->GetTokens(B)) Scan(*Bucket);
+  }
+}
+
+String TJoinNode::ToString() const {
+  String Result = TTestNode::ToString();
+  if (FNegatedPattern) Result += u" *NEGATED*";
+  Result += u" Left Memory: " + (FLeftMemory ? FLeftMemory->ToString() : String());
+  Result += u" Right Memory: " + (FRightMemory ? FRightMemory->ToString() : String());
+  return Result;
+}
+
+// TPatternMatchTerminalNode
+
+TPatternMatchTerminalNode::~TPatternMatchTerminalNode() { StandDown(); }
+
+bool TPatternMatchTerminalNode::CallNode(const IReteToken& Token, TCallType /*CallType*/) {
+  switch (Token->GetTag()) {
+    case taClear:
+      StandDown();
+      break;
+    case taAdd:
+    case taUpdate:
+      AddActivation(Token);
+      break;
+    case taRemove:
+      StandDown(Token);
+      break;
+  }
+  return true;
+}
+
+void TPatternMatchTerminalNode::AddActivation(const IReteToken& Token) {
+  TTokenAction Tag = Token->GetTag();
+  if (Tag == taAdd && FRule) {
+    if (FRule->GetOneShot() && FRule->GetHasFired()) return;
+    if (!FRule->GetEnabled()) return;
+  }
+  if (Tag == taUpdate && FInitialized) return;
+  auto* Activation = new TActivation(FRule, Token, this, Token->GetStrength());
+  FActivations.push_back(Activation);
+  if (TReteNetwork* Network = Rete())
+    Network->Activate(Activation);
+}
+
+int TPatternMatchTerminalNode::IndexOf(const TActivation* Activation) const {
+  for (size_t I = 0; I < FActivations.size(); ++I)
+    if (FActivations[I] == Activation) return int(I);
+  return -1;
+}
+
+void TPatternMatchTerminalNode::Deactivate(int Index) {
+  TActivation* Activation = FActivations[size_t(Index)];
+  FActivations.erase(FActivations.begin() + Index);
+  if (TReteNetwork* Network = Rete())
+    Network->Deactivate(Activation);
+  else
+    TReteNetwork::FreeActivation(Activation);
+}
+
+void TPatternMatchTerminalNode::Deactivate(TActivation* Activation) {
+  int Index = IndexOf(Activation);
+  if (Index >= 0) Deactivate(Index);
+}
+
+void TPatternMatchTerminalNode::RuleFired(TActivation* Activation) {
+  int Index = IndexOf(Activation);
+  if (Index >= 0) FActivations.erase(FActivations.begin() + Index);
+  if (TReteNetwork* Network = Rete()) Network->RuleFired(Activation);
+}
+
+void TPatternMatchTerminalNode::StandDown() {
+  for (int I = int(FActivations.size()) - 1; I >= 0; --I)
+    if (I < int(FActivations.size())) Deactivate(I);
+}
+
+void TPatternMatchTerminalNode::StandDown(const IReteToken& Token) {
+  int32_t Code = Token->GetSortCode();
+  for (size_t I = 0; I < FActivations.size(); ++I) {
+    const IReteToken& Held = FActivations[I]->GetToken();
+    if (Held->GetSortCode() == Code && Held->Equals(Token.Get())) {
+      Deactivate(int(I));
+      return;
+    }
+  }
+}
+
+void TPatternMatchTerminalNode::FastClearActivations() {
+  for (TActivation* Activation : FActivations) Activation->SetNode(nullptr);
+  FActivations.clear();
+}
+
+String TPatternMatchTerminalNode::ToString() const {
+  return TReteNode::ToString() + u" Rule: " + (FRule ? FRule->GetRuleName() : String());
+}
+
+}  // namespace tavo

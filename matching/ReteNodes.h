@@ -1,0 +1,294 @@
+// The nodes of the Rete network: alpha tests on one fact, test nodes, joins
+// with their two memories, and the terminal nodes that make activations.
+// Every token of the matcher passes through CallNode of these classes, so
+// this unit is where the speed of matching is decided.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "common/MekGraph.h"
+#include "core/TavoContext.h"
+#include "knowledge/TavoFacts.h"
+#include "knowledge/TavoPattern.h"
+#include "matching/TavoSlotTest.h"
+#include "matching/TavoToken.h"
+
+namespace tavo {
+
+class TReteNetwork;
+class TActivation;
+class TRule;
+
+// Which input of its target an edge feeds.
+enum TCallType { ctLeft, ctRight, ctSingle, ctActivate };
+String GetCallTypeName(TCallType Type);
+
+// The test of an alpha node.
+enum TPatternMatchTest {
+  pmtUnknown,
+  pmtTestClassType,
+  pmtTestEqual,
+  pmtTestNotEqual,
+  pmtTestSlotValueEqual,
+  pmtTestSlotValueNotEqual,
+  pmtTestMultiSlotEqual,
+  pmtTestMultiSlotNotEqual,
+  pmtTestMultiSlotLength,
+  pmtTestMultiSlotMultiField,
+  pmtFailTest
+};
+String GetPatternMatchTestName(TPatternMatchTest Test);
+
+// One argument of an alpha node: a slot name or a number. Slot names carry
+// the position they had in the last layout seen, so that a fact's slot is
+// read by position after the first fact of a template.
+class TNodeArg {
+ public:
+  TNodeArg() = default;
+  TNodeArg(int Number) : FNumber(Number) {}
+  TNodeArg(String Name) : FIsName(true), FName(std::move(Name)) {}
+
+  bool IsName() const { return FIsName; }
+  const String& GetName() const { return FName; }
+  int GetNumber() const { return FNumber; }
+  // The value of the named slot in Fact, or null when the fact has no such
+  // slot.
+  const ITavoValue* Find(TFact& Fact) const;
+  bool SameValue(const TNodeArg& Other) const {
+    return FIsName == Other.FIsName && FNumber == Other.FNumber && FName == Other.FName;
+  }
+  String ToString() const;
+
+ private:
+  bool FIsName = false;
+  int FNumber = 0;
+  String FName;
+  mutable const void* FLayoutSeen = nullptr;
+  mutable int FPosition = -1;
+};
+using TNodeArgsArray = std::vector<TNodeArg>;
+
+class TReteEdge : public TGGraphEdge {
+  TAVO_CLASS(TReteEdge, TGGraphEdge)
+ public:
+  TReteEdge(TGGraphNode* From, TGGraphNode* To) : TGGraphEdge(From, To) {}
+  TCallType GetCallType() const { return FCallType; }
+  void SetCallType(TCallType Value) { FCallType = Value; }
+  class TReteNode* FromNode() const;
+  class TReteNode* ToNode() const;
+  int ReadData() const override { return int(FCallType); }
+  void WriteData(int Value) override { FCallType = TCallType(Value); }
+
+ private:
+  TCallType FCallType = ctSingle;
+};
+
+class TReteNode : public TGLinkedGraphNode {
+  TAVO_CLASS(TReteNode, TGLinkedGraphNode)
+ public:
+  TReteNode();
+  ~TReteNode() override;
+
+  TReteNetwork* Rete() const;
+  int GetRuleUseCount() const { return FRuleUseCount; }
+  void SetRuleUseCount(int Value) { FRuleUseCount = Value < 0 ? 0 : Value; }
+  TTavoContext* GetContext() const { return FContext.get(); }
+  // The node's scope of evaluation, a child of the engine's global context
+  // (of a scope of its own without one).
+  void MakeContext(TTavoContext* Global);
+
+  // Substitutes values of a token into a call; nothing in the engine calls
+  // it, and the base gives the call unchanged.
+  virtual void Evaluate(const IFunCall& FunCall, const IReteToken& Token, const IFact& Fact, ITavoValue& Result);
+  // A token arriving on one input. Gives whether the node passed it on.
+  virtual bool CallNode(const IReteToken& Token, TCallType CallType) = 0;
+
+  TGGraphEdge* NewEdge(TGGraphNode* From, TGGraphNode* To) override;
+  void AddingEdgeFrom(TGGraphEdge* Edge) override;
+  void RemovingEdgeFrom(TGGraphEdge* Edge) override;
+  String ToString() const override;
+
+ protected:
+  // Each outgoing edge in creation order, each edge's subtree to its end
+  // before the next.
+  void CallChildren(const IReteToken& Token);
+
+ private:
+  int FRuleUseCount = 1;
+  std::unique_ptr<TTavoContext> FContext;
+};
+
+class TPatternMatchNode : public TReteNode {
+  TAVO_CLASS(TPatternMatchNode, TReteNode)
+ public:
+  TPatternMatchNode() = default;
+
+  const ITavoValue& GetValue() const { return FValue; }
+  void SetValue(const ITavoValue& Value);
+  const TNodeArgsArray& GetArguments() const { return FArguments; }
+  void SetArguments(TNodeArgsArray Value) { FArguments = std::move(Value); }
+  TPatternMatchTest GetPatternMatchTest() const { return FPatternMatchTest; }
+  const String& GetClassName() const { return FClassName; }
+  virtual void SetPatternMatchTest(TPatternMatchTest Value) { FPatternMatchTest = Value; }
+
+  bool CallNode(const IReteToken& Token, TCallType CallType) override;
+  // Passes the token on when SlotValue equals Value (or does not, with
+  // Negate), weighing a fuzzy match by its strength.
+  virtual bool CallChildren(const IReteToken& Token, const ITavoValue& Value, bool Negate,
+                            const ITavoValue& SlotValue);
+  virtual bool Equals(TPatternMatchTest Test, const ITavoValue& Value, const TNodeArgsArray& Args) const;
+  bool Equals(TPatternMatchTest Test, const TNodeArgsArray& Args) const;
+  String ToString() const override;
+
+ private:
+  using TReteNode::CallChildren;
+  // The compiled call run with the fact in the node's context; TRUE when it
+  // gives anything but FALSE.
+  bool CallPasses(const IReteToken& Token);
+  bool ClassTypePasses(const TFact& Fact) const;
+  void CallMultiField(const IReteToken& Token, TFact& Fact);
+
+  ITavoValue FValue;
+  TNodeArgsArray FArguments;
+  TPatternMatchTest FPatternMatchTest = pmtUnknown;
+  // The name a class test looks for.
+  String FClassName;
+};
+
+class TTestNode : public TReteNode {
+  TAVO_CLASS(TTestNode, TReteNode)
+ public:
+  TTestNode() = default;
+  ~TTestNode() override;
+
+  // A test on the function-call value, or a join test between a slot of
+  // the right fact and one of a left fact.
+  void AddTest(TSlotTestType Type, const String& SlotName, int SubIndex, const ITavoValue& Value);
+  void AddTest(TSlotTestType Type, const String& SlotName, const ITavoValue& Value) {
+    AddTest(Type, SlotName, NoSubIndex, Value);
+  }
+  void ClearTests();
+  void DeleteTest(int Index);
+  int GetTestCount() const { return int(FTests.size()); }
+  TTavoSlotTest* GetTest(int Index) const { return FTests[size_t(Index)].get(); }
+  virtual bool Equals(const TTestNode* Node) const;
+
+  bool CallNode(const IReteToken& Token, TCallType CallType) override;
+  String ToString() const override;
+
+ protected:
+  // Runs the first Count tests with the context's token and fact; stops at
+  // the first failure.
+  bool RunTests(int Count);
+  std::vector<std::unique_ptr<TTavoSlotTest>> FTests;
+  // Join tests are run by a direct call, the rest through PerformTest.
+  std::vector<TTavoJoinTest*> FJoinTests;
+};
+
+class TJoinNode : public TTestNode {
+  TAVO_CLASS(TJoinNode, TTestNode)
+ public:
+  TJoinNode() = default;
+  ~TJoinNode() override;
+
+  bool GetNegatedPattern() const { return FNegatedPattern; }
+  void SetNegatedPattern(bool Value) { FNegatedPattern = Value; }
+  bool GetUnique() const { return FUnique; }
+  void SetUnique(bool Value) { FUnique = Value; }
+  int GetHashKey() const { return FHashKey; }
+  void SetHashKey(int Value) { FHashKey = Value; }
+  bool GetShortCut() const { return FShortCut; }
+  int GetMatches() const { return FMatches; }
+  TTavoTokenTree* GetLeftMemory() const { return FLeftMemory.get(); }
+  TTavoTokenTree* GetRightMemory() const { return FRightMemory.get(); }
+  TTavoPattern* GetPattern() const { return FPattern; }
+  // Only a backward-chaining pattern may ask for goals.
+  void SetPattern(TTavoPattern* Pattern);
+  TRule* GetRule() const { return FRule; }
+  void SetRule(TRule* Value) { FRule = Value; }
+
+  using TTestNode::AddTest;
+  void AddTest(TSlotTestType Type, int TokenIndex, const String& LeftName, const String& RightName);
+  void AddTest(TSlotTestType Type, int TokenIndex, const String& LeftName, int LeftSubIndex,
+               const String& RightName, int RightSubIndex);
+  // Keys both memories by the first equality of slots, if there is one.
+  void PrepareShortCut();
+  void ClearMemory();
+  bool Equals(const TTestNode* Node) const override;
+
+  bool CallNode(const IReteToken& Token, TCallType CallType) override;
+  String ToString() const override;
+
+ protected:
+  // A left token that found no goal fact may ask for one; goals come with
+  // backward chaining, and until then a join asks for nothing.
+  virtual void AskForBackChain(const IReteToken& Token);
+
+ private:
+  void RunTestsVaryRight(const IReteToken& Token);
+  void RunTestsVaryLeft(const IReteToken& Token);
+  // The join tests and the other tests against one candidate pair; the
+  // context holds the left token and right fact when a test needs them.
+  bool PairPasses(const TTavoToken& Left, TFact& Right);
+  IReteToken Join(const IReteToken& Left, const IFact& Right, float Strength);
+
+  bool FNegatedPattern = false;
+  std::unique_ptr<TTavoTokenTree> FRightMemory;
+  std::unique_ptr<TTavoTokenTree> FLeftMemory;
+  int FMatches = 0;
+  TTavoPattern* FPattern = nullptr;
+  TRule* FRule = nullptr;
+  bool FUnique = false;
+  int FHashKey = 101;
+  bool FShortCut = false;
+  int FTokenIndex = -1;
+  int FRightSubIndex = -1;
+  int FLeftSubIndex = -1;
+  String FLeftFactIndex;
+  String FRightFactIndex;
+  // The key's slot readers, by position once a layout is seen.
+  TBindingInfo FLeftKey;
+  TBindingInfo FRightKey;
+  // Tests other than join tests need the context's token and fact.
+  bool FNeedsContext = false;
+};
+
+class TPatternMatchTerminalNode : public TReteNode {
+  TAVO_CLASS(TPatternMatchTerminalNode, TReteNode)
+ public:
+  TPatternMatchTerminalNode() = default;
+  ~TPatternMatchTerminalNode() override;
+
+  bool GetInitialized() const { return FInitialized; }
+  // Can only turn the flag on.
+  void SetInitialized(bool Value) { FInitialized = FInitialized || Value; }
+  TRule* GetRule() const { return FRule; }
+  void SetRule(TRule* Value) { FRule = Value; }
+  int GetActivationCount() const { return int(FActivations.size()); }
+  TActivation* GetActivation(int Index) const { return FActivations[size_t(Index)]; }
+
+  bool CallNode(const IReteToken& Token, TCallType CallType) override;
+  virtual void AddActivation(const IReteToken& Token);
+  // Takes an activation out of the list and tells the network.
+  virtual void Deactivate(int Index);
+  // The same for an activation, if the list holds it.
+  void Deactivate(TActivation* Activation);
+  virtual void RuleFired(TActivation* Activation);
+  // Every activation, last first.
+  virtual void StandDown();
+  // The first activation whose token equals Token.
+  virtual void StandDown(const IReteToken& Token);
+  // Forgets the activations without telling anyone.
+  void FastClearActivations();
+  String ToString() const override;
+
+ private:
+  int IndexOf(const TActivation* Activation) const;
+
+  bool FInitialized = false;
+  TRule* FRule = nullptr;
+  std::vector<TActivation*> FActivations;
+};
+
+}  // namespace tavo

@@ -1,0 +1,136 @@
+#include "matching/TavoToken.h"
+
+#include <gtest/gtest.h>
+
+#include "knowledge/TavoFactTemplate.h"
+#include "tests/TestSupport.h"
+
+namespace tavo {
+namespace {
+
+using namespace testvalues;
+
+struct TTokenTest : testing::Test {
+  TTokenTest() {
+    Template = Make<TFactTemplate>(nullptr, u"item");
+    Template->AddSlot(u"colour", FCNil);
+    Template->AddMultiSlot(u"tags", FCNilList->CloneValue());
+  }
+  IFact NewFact(int Id, const char16_t* Colour, std::initializer_list<ITavoValue> Tags = {}) {
+    IFact Fact = Template->NewFact();
+    Fact->SetID(Id);
+    Fact->SetValue(u"colour", Atom(Colour));
+    Fact->SetValue(u"tags", List(Tags));
+    return Fact;
+  }
+  IFactTemplate Template;
+};
+
+TEST_F(TTokenTest, SortCodesChainFactIdsByEightsAndWrap) {
+  IReteToken One = Make<TTavoToken>(taAdd, NewFact(3, u"red"));
+  EXPECT_EQ(One->GetSortCode(), 3);
+  IReteToken Two = Make<TTavoToken>(One, NewFact(5, u"blue"));
+  EXPECT_EQ(Two->GetSortCode(), 29);
+  EXPECT_EQ(Two->GetTag(), taAdd);
+  EXPECT_EQ(Two->GetCount(), 2);
+  // A fact id of 0 still shifts; no fact at all shifts alone.
+  IReteToken Three = Make<TTavoToken>(Two, NewFact(0, u"green"));
+  EXPECT_EQ(Three->GetSortCode(), 232);
+  IReteToken Bare = Make<TTavoToken>(Two, IFact());
+  EXPECT_EQ(Bare->GetSortCode(), 232);
+  IReteToken Big = Make<TTavoToken>(taAdd, NewFact(0x7fffffff, u"red"));
+  EXPECT_EQ(Make<TTavoToken>(Big, NewFact(1, u"red"))->GetSortCode(), int32_t(uint32_t(0x7fffffff) * 8u + 1u));
+  EXPECT_EQ(Three->GetFacts(0)->GetID(), 3);
+  EXPECT_EQ(Three->GetFacts(1)->GetID(), 5);
+  EXPECT_EQ(Three->GetFacts(2)->GetID(), 0);
+  EXPECT_EQ(One->GetFacts(0)->GetID(), 3);
+  EXPECT_EQ(Three->GetToFactsString(), u"f-3, f-5, f-0");
+}
+
+TEST_F(TTokenTest, EqualityIgnoresTagsAndNegatedCountsButNotStrengthOrParents) {
+  IFact A = NewFact(1, u"red"), B = NewFact(2, u"blue"), C = NewFact(9, u"blue");
+  IReteToken Added = Make<TTavoToken>(Make<TTavoToken>(taAdd, A), B);
+  IReteToken Removed = Make<TTavoToken>(Make<TTavoToken>(taRemove, A), B);
+  Removed->SetNegatedCount(4);
+  EXPECT_TRUE(Added->Equals(Removed.Get()));
+  IReteToken Weaker = Make<TTavoToken>(Added);
+  Weaker->SetStrength(0.5f);
+  EXPECT_FALSE(Added->Equals(Weaker.Get()));
+  // Same newest fact and sort code, another parent chain.
+  IFact Other = NewFact(1, u"green");
+  IReteToken OtherParent = Make<TTavoToken>(Make<TTavoToken>(taAdd, Other), B);
+  EXPECT_TRUE(Added->Equals(OtherParent.Get()));
+  IReteToken Different = Make<TTavoToken>(Make<TTavoToken>(taAdd, C), B);
+  EXPECT_FALSE(Added->Equals(Different.Get()));
+  IReteToken Copy = Make<TTavoToken>(Removed);
+  EXPECT_EQ(Copy->GetNegatedCount(), 0);
+  EXPECT_EQ(Copy->GetTag(), taRemove);
+}
+
+TEST_F(TTokenTest, SettersClampAndATokenWithoutAFactOnlyClears) {
+  IReteToken Parent = Make<TTavoToken>(taAdd, NewFact(1, u"red"));
+  IReteToken Bare = Make<TTavoToken>(Parent, IFact());
+  EXPECT_EQ(Bare->GetTag(), taAdd);
+  EXPECT_EQ(FailureOf([&] { Bare->SetTag(taRemove); }), u"Invalid Token Action");
+  Bare->SetTag(taClear);
+  Parent->SetNegatedCount(-3);
+  EXPECT_EQ(Parent->GetNegatedCount(), 0);
+  Parent->SetStrength(-1);
+  EXPECT_EQ(Parent->GetStrength(), 0.0f);
+  Parent->SetStrength(7);
+  EXPECT_EQ(Parent->GetStrength(), 7.0f);
+  EXPECT_EQ(Make<TTavoToken>()->GetStrength(), 1.0f);
+}
+
+TEST_F(TTokenTest, TreesRefuseDuplicatesAndTrackTheirBuckets) {
+  TTavoTokenTree Tree(7, 0, -1, String(), true);
+  EXPECT_FALSE(Tree.GetEmpty());
+  EXPECT_EQ(Tree.GetLowIndex(), 8);
+  IReteToken Token = Make<TTavoToken>(taAdd, NewFact(10, u"red"));
+  EXPECT_TRUE(Tree.Add(Token));
+  EXPECT_FALSE(Tree.Add(Make<TTavoToken>(Token)));
+  EXPECT_EQ(Tree.GetLowIndex(), 3);
+  EXPECT_EQ(Tree.GetHighIndex(), 3);
+  EXPECT_EQ(Tree.GetTokens(10)->size(), 1u);
+  EXPECT_EQ(Tree.GetTokens(4), nullptr);
+  EXPECT_FALSE(Tree.Remove(Make<TTavoToken>(taRemove, NewFact(11, u"red"))));
+  EXPECT_TRUE(Tree.Remove(Make<TTavoToken>(taRemove, NewFact(10, u"blue"))));
+  EXPECT_EQ(Tree.GetCount(), -1);
+  // Removal narrows nothing and leaves the tree unflagged.
+  EXPECT_EQ(Tree.GetHighIndex(), 3);
+  EXPECT_FALSE(Tree.GetEmpty());
+  Tree.Clear();
+  EXPECT_TRUE(Tree.GetEmpty());
+  EXPECT_EQ(Tree.GetHighIndex(), -1);
+  EXPECT_EQ(Tree.GetLowIndex(), 8);
+  Tree.SetAllowNilBucket(false);
+  EXPECT_NE(Tree.GetTokens(-4), nullptr);
+}
+
+TEST_F(TTokenTest, KeysComeFromSortCodesIdsSlotsOrListItems) {
+  IFact Red = NewFact(4, u"red", {Atom(u"x"), Atom(u"y")});
+  IReteToken Pair = Make<TTavoToken>(Make<TTavoToken>(taAdd, NewFact(1, u"blue")), Red);
+  EXPECT_EQ(TTavoTokenTree(101, 1, -1, String(), true).KeyOf(*Pair), Pair->GetSortCode());
+  EXPECT_EQ(TTavoTokenTree(101, 1, -1, String(), false).KeyOf(*Pair), 4);
+  EXPECT_EQ(TTavoTokenTree(101, 1, -1, u"colour", false).KeyOf(*Pair), Atom(u"red")->GetHashCode());
+  EXPECT_EQ(TTavoTokenTree(101, 1, 1, u"tags", false).KeyOf(*Pair), Atom(u"y")->GetHashCode());
+  EXPECT_EQ(TTavoTokenTree(101, 0, -1, u"colour", false).KeyOf(*Pair), Atom(u"blue")->GetHashCode());
+  TTavoTokenTree Tree(5, 0, -1, String(), false);
+  EXPECT_EQ(Tree.BucketOf(-7), 2);
+  EXPECT_EQ(Tree.BucketOf(INT32_MIN), int(2147483648u % 5u));
+}
+
+TEST_F(TTokenTest, TextsListTagCountsAndFactsNewestFirst) {
+  IReteToken Pair = Make<TTavoToken>(Make<TTavoToken>(taAdd, NewFact(1, u"blue")), NewFact(2, u"red"));
+  Pair->SetNegatedCount(2);
+  EXPECT_EQ(Pair->ToString(), u"taAdd cnt=2 negcnt=2\r\n(item (colour red))\r\n(item (colour blue))");
+  TTavoTokenTree Tree(3, 0, -1, String(), true);
+  Tree.Add(Pair);
+  Tree.SetAllowNilBucket(false);
+  Tree.GetTokens(Pair->GetSortCode() - 1);
+  EXPECT_EQ(Tree.GetToFactsString(), u"f-1, f-2\r\n");
+  EXPECT_EQ(Tree.ToString().substr(0, 5), u"\r\ntaA");
+}
+
+}  // namespace
+}  // namespace tavo
