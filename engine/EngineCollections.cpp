@@ -420,3 +420,91 @@ String TFactSets::ToString() const {
 }
 
 }  // namespace tavo
+
+namespace tavo {
+
+// TRules
+
+TRules::~TRules() { Clear(); }
+
+TRule* TRules::Find(StringView Name) const {
+  TRule* const* Rule = FNames.Find(Name);
+  return Rule ? *Rule : nullptr;
+}
+
+int TRules::IndexOf(const TRule* Rule) const {
+  auto Found = std::find(FItems.begin(), FItems.end(), Rule);
+  return Found == FItems.end() ? -1 : int(Found - FItems.begin());
+}
+
+void TRules::Add(TRule* Rule) {
+  if (!Rule) return;
+  const String Name = Rule->GetRuleName();
+  TRule* Old = Find(Name);
+  if (Old == Rule) return;
+  if (Old) {
+    switch (FEngine->GetDuplicateConstructs()) {
+      case dcIgnore:
+        return;
+      case dcError:
+        throw ETavoException(Format(SDuplicateRuleNames, Name));
+      case dcOverwrite:
+        Remove(Name, Old);
+        FEngine->RemoveRule(Old);
+        break;
+    }
+  }
+  // Compiled first: a rule that does not compile is not kept, and leaves
+  // no nodes behind.
+  TReteNetwork* Network = FModule ? FModule->GetRete() : FEngine->GetRete();
+  if (Network) {
+    try {
+      Network->AddRule(Rule);
+    } catch (...) {
+      Network->RemoveRule(Rule);
+      throw;
+    }
+  }
+  FItems.push_back(Rule);
+  FNames.AddOrSetValue(Name, Rule);
+  FEngine->PrintCompilation(Rule);
+  if (Rule->GetEngine() != FEngine) Rule->SetEngine(FEngine);
+  FEngine->AddRule(Rule);
+}
+
+bool TRules::Remove(const String& Name, TRule* Rule) {
+  if (Find(Name) != Rule || !Rule) return false;
+  FNames.Remove(Name);
+  FItems.erase(FItems.begin() + IndexOf(Rule));
+  return true;
+}
+
+void TRules::Rename(TRule* Rule, const String& OldName, const String& NewName) {
+  if (Find(OldName) != Rule) return;
+  FNames.Remove(OldName);
+  FNames.AddOrSetValue(NewName, Rule);
+}
+
+void TRules::Clear() {
+  // Taken out first: a rule that goes tells the list, which must not hold
+  // it any more.
+  std::vector<TRule*> Items;
+  Items.swap(FItems);
+  FNames.Clear();
+  TReteNetwork* Network = FModule ? FModule->GetRete() : nullptr;
+  for (TRule* Rule : Items) {
+    if (Network) Network->RemoveRule(Rule);
+    if (Rule->GetOwner() == FEngine)
+      delete Rule;
+    else
+      Rule->SetEngine(nullptr);
+  }
+}
+
+String TRules::ToString() const {
+  String Result;
+  for (TRule* Rule : FItems) Result += Rule->ToString() + u"\r\n";
+  return Result;
+}
+
+}  // namespace tavo

@@ -9,6 +9,7 @@
 #include "core/TavoVectors.h"
 #include "knowledge/TavoFactSets.h"
 #include "knowledge/TavoFactTemplate.h"
+#include "knowledge/TavoRule.h"
 
 namespace tavo {
 
@@ -185,6 +186,35 @@ class TGlobalVariables : public TEngineVariables {
  protected:
   void DoAdd(const String& Key, const ITavoValue& Value) override;
   void DoSetValue(const String& Key, const ITavoValue& Value) override;
+};
+
+// A module's rules by name, in the order they came. Adding a rule compiles
+// it into the module's network; rules the engine owns are freed by Clear.
+class TRules : public TObject {
+ public:
+  TRules(TInferenceEngine* Engine, TModule* Module) : FEngine(Engine), FModule(Module) {}
+  ~TRules() override;
+
+  int Count() const { return int(FItems.size()); }
+  TRule* Get(int Index) const { return FItems[size_t(Index)]; }
+  TRule* Find(StringView Name) const;
+  int IndexOf(const TRule* Rule) const;
+  // Under the duplicate policy of the engine: an older rule of the name is
+  // replaced, kept, or refused.
+  void Add(TRule* Rule);
+  // Only this very rule under this name goes; it stays alive.
+  bool Remove(const String& Name, TRule* Rule);
+  // A renamed rule is found under its new name.
+  void Rename(TRule* Rule, const String& OldName, const String& NewName);
+  void Clear();
+  String ToString() const override;
+  TModule* GetModule() const { return FModule; }
+
+ private:
+  TInferenceEngine* FEngine;
+  TModule* FModule;
+  std::vector<TRule*> FItems;
+  TMekStringHashTable<TRule*> FNames;
 };
 
 // A module's fact sets, in the order they came. The list owns its sets: a

@@ -143,9 +143,19 @@ TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Modul
       return new TUserFunctions(this);
     case otIOStreams:
       return new TIOStreams(this);
+    case otAgenda:
+      return new TActivationAgenda();
+    case otRules:
+      return new TRules(this, Module);
+    case otReteNetwork: {
+      auto* Network = new TReteNetwork();
+      Network->SetEngine(this);
+      Network->SetModule(Module);
+      Network->SetMinActivationStrength(FMinActivationStrength);
+      return Network;
+    }
     default:
-      // Agenda, fact sets, rules, network, streams, functions and module
-      // lists arrive with their own classes.
+      // Rules and module lists arrive with their own classes.
       return nullptr;
   }
 }
@@ -274,7 +284,7 @@ void TInferenceEngine::AddFactToModule(const IFact& Fact, const IModule& Module)
     throw;
   }
   FFacts->SetUpdating(false);
-  // The network receives the fact here once rules are matched.
+  FRete->ProcessToken(Make<TTavoToken>(taAdd, Fact));
 }
 
 void TInferenceEngine::RetractFact(int Index) {
@@ -301,7 +311,8 @@ void TInferenceEngine::RemoveFactFromModule(int Index, const IFact& Fact, const 
     Module->FocusModule();
     Index = -1;
   }
-  // The network is told here, before the list changes, once rules are matched.
+  // The network is told before the list changes.
+  FRete->ProcessToken(Make<TTavoToken>(taRemove, Fact));
   FFacts->SetUpdating(true);
   try {
     if (Index == -1)
@@ -316,7 +327,8 @@ void TInferenceEngine::RemoveFactFromModule(int Index, const IFact& Fact, const 
 }
 
 void TInferenceEngine::RetractFacts() {
-  // One clear token goes to the network here once rules are matched.
+  // A token without a fact carries the clear action.
+  FRete->ProcessToken(Make<TTavoToken>());
   if (OnClearFacts) OnClearFacts(this);
 }
 
@@ -448,8 +460,8 @@ bool TInferenceEngine::HoldsFactSet(const TFactSet* FactSet) const {
 void TInferenceEngine::Reset(const IModule& Module) {
   IModule Remembered = FCurrentModule;
   if (Module != Remembered) Module->FocusModule();
-  // Rules reset here as they arrive. A set may leave the list while it
-  // resets, so the walk goes over a copy.
+  for (int I = 0; I < FRules->Count(); ++I) FRules->Get(I)->Reset();
+  // A set may leave the list while it resets, so the walk goes over a copy.
   std::vector<TFactSet*> Sets(FFactSets->begin(), FFactSets->end());
   for (TFactSet* FactSet : Sets)
     if (FFactSets->IndexOf(FactSet) >= 0) FactSet->Reset();
@@ -481,7 +493,9 @@ void TInferenceEngine::Clear(const IModule& Module) {
   FHalt = false;
   IModule Remembered = FCurrentModule;
   if (Module != Remembered) Module->FocusModule();
-  // The agenda, network and rules clear here as they arrive.
+  FAgenda->Clear();
+  FRete->Clear();
+  FRules->Clear();
   FFactSets->Clear();
   FFacts->Clear();
   FFactTemplates->Clear();
@@ -624,10 +638,103 @@ String TInferenceEngine::ReadLine(const String& InID) {
 
 // The run cycle.
 
-int TInferenceEngine::GetAgendaCount() const {
-  // Activations arrive with the agenda of each module; until then every
-  // agenda is empty.
-  return 0;
+void TInferenceEngine::SetMinActivationStrength(float Value) {
+  if (Value == FMinActivationStrength) return;
+  FMinActivationStrength = Value < 0 ? 0.0f : Value > 1 ? 1.0f : Value;
+  if (FRete) FRete->SetMinActivationStrength(FMinActivationStrength);
+}
+
+int TInferenceEngine::GetAgendaCount() const { return FAgenda ? FAgenda->Count() : 0; }
+
+// Activations.
+
+namespace {
+
+// The agenda of the module whose network made the activation.
+TActivationAgenda* AgendaOf(TActivation* Activation, TActivationAgenda* Current) {
+  TPatternMatchTerminalNode* Node = Activation->GetNode();
+  TReteNetwork* Network = Node ? Node->Rete() : nullptr;
+  TModule* Module = Network ? Network->GetModule() : nullptr;
+  return Module && Module->GetAgenda() ? Module->GetAgenda() : Current;
+}
+
+}  // namespace
+
+void TInferenceEngine::AddActivation(TActivation* Activation) {
+  // Placing by salience and strategy comes with the agenda's ordering;
+  // until then an activation goes to the end of its module's agenda.
+  AgendaOf(Activation, FAgenda)->Add(Activation);
+}
+
+bool TInferenceEngine::RemoveActivation(TActivation* Activation) {
+  TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda);
+  int Index = Agenda ? Agenda->IndexOfData(Activation) : -1;
+  if (Index >= 0) Agenda->Extract(Index);
+  // The activation being fired stays alive for the firing code.
+  return Activation != FCurrentAgendaItem;
+}
+
+void TInferenceEngine::RuleFired(TActivation* Activation) {
+  TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda);
+  int Index = Agenda ? Agenda->IndexOfData(Activation) : -1;
+  if (Index >= 0) Agenda->Extract(Index);
+}
+
+// Rules.
+
+void TInferenceEngine::AddRule(TRule* Rule) {
+  if (OnAddRule) OnAddRule(this, Rule);
+}
+
+void TInferenceEngine::RemoveRule(TRule* Rule) {
+  if (OnRemoveRule) OnRemoveRule(this, Rule);
+  for (int I = 0; I < FModules.Count(); ++I)
+    if (TReteNetwork* Network = FModules.Get(I)->GetRete()) Network->RemoveRule(Rule);
+  if (!Rule->IsDestroying() && Rule->GetOwner() == this) delete Rule;
+}
+
+void TInferenceEngine::RuleChange(TRule* Rule) {
+  if (!FRete || !FRules || FRules->Find(Rule->GetRuleName()) != Rule) return;
+  FRete->RemoveRule(Rule);
+  FRete->AddRule(Rule);
+}
+
+void TInferenceEngine::RenameRule(TRule* Rule, const String& OldName, const String& NewName) {
+  if (FRules) FRules->Rename(Rule, OldName, NewName);
+}
+
+void TInferenceEngine::PrintCompilation(TRule* Rule) {
+  if (Watching(cwCompilation)) PrintOut(Rule->GetCompilation() + u"\r\n");
+}
+
+void TInferenceEngine::AddRuleToList(TRule* Rule) {
+  if (FRules) FRules->Add(Rule);
+}
+
+void TInferenceEngine::RemoveRuleFromList(TRule* Rule) {
+  for (int I = 0; I < FModules.Count(); ++I) {
+    TModule* Module = FModules.Get(I).Get();
+    if (Module->GetRules() && Module->GetRules()->Remove(Rule->GetRuleName(), Rule) && Module->GetRete())
+      Module->GetRete()->RemoveRule(Rule);
+  }
+}
+
+bool TInferenceEngine::HoldsRuleName(const TRule* Rule, StringView Name) const {
+  return FRules && FRules->Find(Name) == Rule;
+}
+
+std::vector<IFact> TInferenceEngine::GetNetworkFacts(const TReteNetwork* Network) const {
+  TModule* Module = Network ? Network->GetModule() : nullptr;
+  TFacts* Facts = Module && Module->GetFacts() ? Module->GetFacts() : FFacts;
+  std::vector<IFact> Result;
+  if (!Facts) return Result;
+  Result.reserve(size_t(Facts->Count()));
+  for (int I = 0; I < Facts->Count(); ++I) Result.push_back(Facts->Get(I));
+  return Result;
+}
+
+bool TInferenceEngine::IsGlobalVariableName(StringView Name) const {
+  return FGlobalVariables && FGlobalVariables->Find(Name) != nullptr;
 }
 
 int TInferenceEngine::GetFactCount() const { return FFacts ? FFacts->Count() : 0; }
@@ -659,6 +766,24 @@ void TInferenceEngine::RunFiringLoop(int MaxFirings) {
       // Firing activation 0 arrives with activations.
       IModule Top = PeekFocus();
       if (Top && Top != FCurrentModule) SetCurrentModule(Top);
+      if (GetAgendaCount() > 0) {
+        // Activation 0 fires; it stays on the agenda through its actions
+        // and is freed once it has fired, or failed.
+        TActivation* Activation = FAgenda->GetActivations(0);
+        FCurrentAgendaItem = Activation;
+        try {
+          Activation->Fire();
+        } catch (...) {
+          FCurrentAgendaItem = nullptr;
+          RuleFired(Activation);
+          delete Activation;
+          throw;
+        }
+        FCurrentAgendaItem = nullptr;
+        RuleFired(Activation);
+        delete Activation;
+        ++FStatNumRulesFired;
+      }
     } catch (...) {
       Unlock();
       throw;

@@ -11,6 +11,7 @@
 #include "engine/FactList.h"
 #include "engine/TavoModule.h"
 #include "knowledge/TavoFacts.h"
+#include "matching/ReteNetwork.h"
 #include "fuzzylib/FuzzyConsts.h"
 
 namespace tavo {
@@ -46,9 +47,10 @@ enum TTavoObjectType {
 };
 
 using TModuleEvent = std::function<void(TObject* Sender, const IModule& Module)>;
+using TRuleEvent = std::function<void(TObject* Sender, TRule* Rule)>;
 using TUserFunctionEvent = std::function<void(TObject* Sender, const IUserFunction& UserFunction)>;
 
-class TInferenceEngine : public TComponent, public IReasoner {
+class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine, public IRuleEngine {
   TAVO_CLASS(TInferenceEngine, TComponent)
  public:
   explicit TInferenceEngine(TComponent* AOwner = nullptr);
@@ -61,13 +63,13 @@ class TInferenceEngine : public TComponent, public IReasoner {
   int Run() { return Run(2147483647); }
 
   // Symbols and ids.
-  String GenerateSymbol(const String& Prefix);
+  String GenerateSymbol(const String& Prefix) override;
   int GetSymbolIndex() const { return FSymbolIndex; }
   // Moves the index to Value when that is greater; any other value moves it
   // on by one, so the index never goes back.
   void SetSymbolIndex(int Value);
   int NewFactId() { return FFactIdCounter++; }
-  int NewRuleId() { return FRuleIdCounter++; }
+  int NewRuleId() override { return FRuleIdCounter++; }
 
   // The engine's one lock, re-entrant, made on first use. A host that runs
   // Run in a worker thread brackets its own calls with Lock and Unlock, and
@@ -106,7 +108,31 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TFacts* GetFacts() const { return FFacts; }
   TFactSets* GetFactSets() const { return FFactSets; }
   TFactsPending* GetFactsPending() const { return FFactsPending; }
-  const IFact& GetNullFact() const { return FNullFact; }
+  TActivationAgenda* GetAgenda() const { return FAgenda; }
+  TReteNetwork* GetRete() const { return FRete; }
+  TRules* GetRules() const { return FRules; }
+
+  // Rules. A host adds a rule through GetRules; the list compiles it into
+  // the network and then calls AddRule, which raises OnAddRule.
+  virtual void AddRule(TRule* Rule);
+  // OnRemoveRule; the rule leaves the network, and is freed unless it is
+  // already going or belongs to another owner.
+  virtual void RemoveRule(TRule* Rule);
+  // A changed rule leaves the network and is compiled anew, when the rule
+  // list holds this very rule under its name.
+  void RuleChange(TRule* Rule) override;
+  void RenameRule(TRule* Rule, const String& OldName, const String& NewName) override;
+  // The compilation of a rule, while compilations are watched.
+  void PrintCompilation(TRule* Rule);
+  IReasoner* GetReasoner() override { return this; }
+  void AddRuleToList(TRule* Rule) override;
+  void RemoveRuleFromList(TRule* Rule) override;
+  bool HoldsRuleName(const TRule* Rule, StringView Name) const override;
+  void PopFocusModule() override { PopFocus(); }
+  IModule FocusRuleModule(StringView Module) override { return FocusFactSetModule(Module, false); }
+  TRuleEvent OnAddRule;
+  TRuleEvent OnRemoveRule;
+  const IFact& GetNullFact() const override { return FNullFact; }
   TEngineVariables* GetStorage() const { return FStorage.get(); }
   TIOStreams* GetIOStreams() const { return FIOStreams.get(); }
   TGlobalVariables* GetGlobalVariables() const { return FGlobalVariables.get(); }
@@ -156,7 +182,7 @@ class TInferenceEngine : public TComponent, public IReasoner {
   virtual void ClearDefinedTypes();
   void RenameFactTemplate(const String& OldName, const String& NewName) override;
   TObject* GetGlobalContext() const override;
-  TTavoContext* GetContext() const { return FGlobalContext.get(); }
+  TTavoContext* GetContext() const override { return FGlobalContext.get(); }
   // Binds a global in the global context; a call as its value is run first,
   // in a child of that context.
   virtual void ResetGlobalVariable(const String& Name, const ITavoValue& Value);
@@ -220,6 +246,18 @@ class TInferenceEngine : public TComponent, public IReasoner {
 
   // How many activations the current agenda holds.
   int GetAgendaCount() const;
+  // The activation being fired, which stays on the agenda until its
+  // actions are done; null between firings.
+  TActivation* GetCurrentAgendaItem() const { return FCurrentAgendaItem; }
+
+  // What the networks ask of the engine. An activation goes on the agenda
+  // of its network's module.
+  void AddActivation(TActivation* Activation) override;
+  bool RemoveActivation(TActivation* Activation) override;
+  void RuleFired(TActivation* Activation) override;
+  TTavoPattern* GetInitialFactPattern() const override { return FInitialFactPattern; }
+  std::vector<IFact> GetNetworkFacts(const TReteNetwork* Network) const override;
+  bool IsGlobalVariableName(StringView Name) const override;
   // How many facts the current module holds.
   int GetFactCount() const;
 
@@ -240,7 +278,8 @@ class TInferenceEngine : public TComponent, public IReasoner {
   float GetFuzzyEqualsThreshold() const { return FFuzzyEqualsThreshold; }
   void SetFuzzyEqualsThreshold(float Value) { FFuzzyEqualsThreshold = Value; }
   float GetMinActivationStrength() const { return FMinActivationStrength; }
-  void SetMinActivationStrength(float Value) { FMinActivationStrength = Value; }
+  // Held between 0 and 1, and passed to the current network only.
+  void SetMinActivationStrength(float Value);
   TErrorHandling GetParserErrorHandling() const { return FParserErrorHandling; }
   void SetParserErrorHandling(TErrorHandling Value) { FParserErrorHandling = Value; }
   int GetParserMaxErrors() const { return FParserMaxErrors; }
@@ -357,6 +396,11 @@ class TInferenceEngine : public TComponent, public IReasoner {
   TFactTemplates* FFactTemplates = nullptr;
   TFactsPending* FFactsPending = nullptr;
   TFactSets* FFactSets = nullptr;
+  TActivationAgenda* FAgenda = nullptr;
+  TReteNetwork* FRete = nullptr;
+  TRules* FRules = nullptr;
+  TTavoPattern* FInitialFactPattern = nullptr;
+  TActivation* FCurrentAgendaItem = nullptr;
   IFact FNullFact;
   IModule FCurrentModule;
 };

@@ -88,17 +88,29 @@ void TModule::Initialize() {
   FFactSets.reset(static_cast<TFactSets*>(FEngine->CreateTavoObject(otFactSets, this)));
   FFactTemplates.reset(static_cast<TFactTemplates*>(FEngine->CreateTavoObject(otFactTemplates, this)));
   FFactsPending.reset(static_cast<TFactsPending*>(FEngine->CreateTavoObject(otFactsPending, this)));
+  FAgenda.reset(static_cast<TActivationAgenda*>(FEngine->CreateTavoObject(otAgenda, this)));
+  FRete.reset(static_cast<TReteNetwork*>(FEngine->CreateTavoObject(otReteNetwork, this)));
+  FRules.reset(static_cast<TRules*>(FEngine->CreateTavoObject(otRules, this)));
   IModule Remembered = FEngine->GetCurrentModule();
   FocusModule();
   FNullFact = FEngine->CreateFactTemplate(SNullFact)->NewFact();
   if (FIsMain) FName = SMainModuleName;
-  // Every module has the implied template of the initial fact.
-  FEngine->CreateFactTemplate(SInitialFactPattern);
+  // Every module has the implied template of the initial fact, and the
+  // pattern that rules without patterns of their own match on it.
+  IFactTemplate Initial = FEngine->CreateFactTemplate(SInitialFactPattern);
+  FInitialFactPattern = std::make_unique<TTavoPattern>(nullptr, SInitialFactPattern, Initial);
   FocusModule();
   if (Remembered && Remembered.Get() != this) Remembered->FocusModule();
 }
 
 void TModule::Release() {
+  // The activations go first: each leaves its terminal node as it is
+  // freed, while the network can still tell the engine.
+  if (FAgenda) FAgenda->Clear();
+  FRules.reset();
+  FRete.reset();
+  FAgenda.reset();
+  FInitialFactPattern.reset();
   // The objects must not call back into the engine while they go.
   if (FDefinedTypes) FDefinedTypes->SetEngine(nullptr);
   if (FFactTemplates) FFactTemplates->SetEngine(nullptr);
@@ -125,6 +137,10 @@ void TModule::FocusModule() {
   FEngine->FFactSets = FFactSets.get();
   FEngine->FFactTemplates = FFactTemplates.get();
   FEngine->FFactsPending = FFactsPending.get();
+  FEngine->FAgenda = FAgenda.get();
+  FEngine->FRete = FRete.get();
+  FEngine->FRules = FRules.get();
+  FEngine->FInitialFactPattern = FInitialFactPattern.get();
   FEngine->FNullFact = FNullFact;
   FEngine->FCurrentModule = IModule(this);
 }

@@ -14,6 +14,10 @@ class TTavoDefinedTypes;
 class TFactTemplates;
 class TFacts;
 class TFactSets;
+class TActivationAgenda;
+class TReteNetwork;
+class TRules;
+class TTavoPattern;
 
 // The pending facts of a module: "+" to assert, "-" to retract, with the fact.
 using TFactsPending = TStringList<IFact>;
@@ -82,6 +86,10 @@ class TModule : public TCloneableObject {
   TFactTemplates* GetFactTemplates() const { return FFactTemplates.get(); }
   TFactsPending* GetFactsPending() const { return FFactsPending.get(); }
   TFactSets* GetFactSets() const { return FFactSets.get(); }
+  TActivationAgenda* GetAgenda() const { return FAgenda.get(); }
+  TReteNetwork* GetRete() const { return FRete.get(); }
+  TRules* GetRules() const { return FRules.get(); }
+  TTavoPattern* GetInitialFactPattern() const { return FInitialFactPattern.get(); }
   const IFact& GetNullFact() const { return FNullFact; }
 
   // Makes the module the engine's current one, mirroring its objects there.
@@ -109,6 +117,10 @@ class TModule : public TCloneableObject {
   std::unique_ptr<TFactTemplates> FFactTemplates;
   std::unique_ptr<TFactsPending> FFactsPending;
   std::unique_ptr<TFactSets> FFactSets;
+  std::unique_ptr<TActivationAgenda> FAgenda;
+  std::unique_ptr<TReteNetwork> FRete;
+  std::unique_ptr<TRules> FRules;
+  std::unique_ptr<TTavoPattern> FInitialFactPattern;
   IFact FNullFact;
 };
 
