@@ -56,6 +56,15 @@ TInferenceEngine::~TInferenceEngine() {
 }
 
 void TInferenceEngine::UnhookEvents() {
+  // The networks' host callbacks go too: teardown withdraws activations.
+  for (int I = 0; I < FModules.Count(); ++I)
+    if (TReteNetwork* Network = FModules.Get(I)->GetRete()) {
+      Network->OnActivation = nullptr;
+      Network->OnDeactivation = nullptr;
+      Network->OnRuleFired = nullptr;
+    }
+  OnAddRule = nullptr;
+  OnRemoveRule = nullptr;
   OnPrintOut = nullptr;
   OnReadLine = nullptr;
   OnReadToken = nullptr;
