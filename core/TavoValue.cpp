@@ -210,7 +210,7 @@ void TTavoValue::SetObject(TObject* Object) {
     FPacked.Flags &= uint8_t(~vfBindingInfo);
 }
 
-void TTavoValue::StoreOwnedObject(TObject* Object) {
+void TTavoValue::StoreOwnedObject(TObject* Object, bool Adopt) {
   SetObject(Object);
   // Only a component can tell the value that it went away, so only a
   // component is owned; any other object is merely referenced.
@@ -219,19 +219,33 @@ void TTavoValue::StoreOwnedObject(TObject* Object) {
     Extras->Nexus = std::make_unique<TTavoValueNexus>(this);
     FPacked.Flags |= vfOwning;
     Extras->Nexus->FreeNotification(Component);
+  } else if (Adopt) {
+    FPacked.Flags |= vfOwning;
   }
 }
 
+bool TTavoValue::AdoptsPlainObject() const {
+  return IsOwningObject() && !dynamic_cast<TComponent*>(FValue.VObject);
+}
+
 void TTavoValue::FreeOwnedObject() {
+  FPacked.Flags &= uint8_t(~vfOwning);
+  TObject* Object = FValue.VObject;
+  TComponent* Component = dynamic_cast<TComponent*>(Object);
+  if (!Component) {
+    // An owned plain object: a compiled variable's coordinates.
+    FValue.VObject = nullptr;
+    SetKind(dtNone);
+    delete Object;
+    return;
+  }
   // Take the nexus out before freeing it: this may run inside its Notification.
   std::unique_ptr<TTavoValueNexus> Nexus = std::move(GetExtras(true)->Nexus);
-  FPacked.Flags &= uint8_t(~vfOwning);
-  TComponent* Component = dynamic_cast<TComponent*>(FValue.VObject);
   FValue.VObject = nullptr;
   SetKind(dtNone);
-  if (Component) Nexus->RemoveFreeNotification(Component);
+  if (Nexus) Nexus->RemoveFreeNotification(Component);
   Nexus.reset();
-  if (Component && !Component->IsDestroying()) delete Component;
+  if (!Component->IsDestroying()) delete Component;
 }
 
 TObject* TTavoValue::CloneOwnedObject() const {
@@ -330,6 +344,13 @@ void TTavoValue::SetAsOwnedObject(TObject* Value) {
   Changing(dtObject);
   DropPayload();
   StoreOwnedObject(Value);
+  Changed();
+}
+
+void TTavoValue::AdoptObject(TObject* Value) {
+  Changing(dtObject);
+  DropPayload();
+  StoreOwnedObject(Value, true);
   Changed();
 }
 
@@ -568,6 +589,9 @@ bool TTavoValue::EqualsValue(const TTavoValue* Other) const {
       // Compared with the other value, not with what it holds.
       return FValue.VInterface && FValue.VInterface->Equals(Other);
     case dtObject:
+      // Compiled variables are equal where their coordinates are.
+      if (HoldsBindingInfo() && Other->HoldsBindingInfo())
+        return static_cast<TBindingInfo*>(FValue.VObject)->Equals(Other->FValue.VObject);
       return FValue.VObject == Theirs.VObject;
     case dtExternalAddress:
       return FValue.VPointer == Theirs.VPointer;
@@ -651,7 +675,7 @@ void TTavoValue::Assign(const TPersistent* Source) {
   if (Value == this) return;
   Reset();
   if (Value->IsOwningObject())
-    SetAsOwnedObject(Value->CloneOwnedObject());
+    Value->AdoptsPlainObject() ? AdoptObject(Value->CloneOwnedObject()) : SetAsOwnedObject(Value->CloneOwnedObject());
   else
     CopyPayload(Value);
   SetTag(Value->GetTag());
@@ -708,7 +732,7 @@ void TTavoValue::CopyFromInterface(const TTavoValue* Value) {
       break;
     case dtObject:
       if (Value->IsOwningObject()) {
-        StoreOwnedObject(Value->CloneOwnedObject());
+        StoreOwnedObject(Value->CloneOwnedObject(), Value->AdoptsPlainObject());
       } else {
         SetKind(Type);
         SetObject(Value->FValue.VObject);
@@ -770,7 +794,9 @@ void TTavoValue::AssignTo(TPersistent* Dest) const {
       Target->SetInterface(GetDType(), FValue.VInterface);
       break;
     case dtObject:
-      if (IsOwningObject())
+      if (AdoptsPlainObject())
+        Target->AdoptObject(CloneOwnedObject());
+      else if (IsOwningObject())
         Target->SetAsOwnedObject(CloneOwnedObject());
       else
         Target->SetAsObject(FValue.VObject);

@@ -145,7 +145,11 @@ class TTavoValue : public TCloneableObject {
   virtual void SetAsFloat(double Value);
   virtual void SetAsExternalAddress(void* Value);
   virtual void SetAsObject(TObject* Value);
+  // Only a component is owned this way; any other object is referenced.
   virtual void SetAsOwnedObject(TObject* Value);
+  // Takes Value, of any class, for good: it is freed with the value and
+  // cloned with it (a compiled variable's coordinates).
+  void AdoptObject(TObject* Value);
   virtual void SetAsClass(const TClass* Value);
   template <class T>
   void SetAsFact(const TRef<T>& Value) { SetAsInterface(Value); }
@@ -216,7 +220,9 @@ class TTavoValue : public TCloneableObject {
   TCloneableObject* CheckedInterface(TTavoType Type, const char16_t* Word) const;
   void SetText(TTavoType Type, StringView Value);
   void SetInteger(TTavoType Type, int32_t Value);
-  void StoreOwnedObject(TObject* Object);
+  void StoreOwnedObject(TObject* Object, bool Adopt = false);
+  // Owns an object that is no component.
+  bool AdoptsPlainObject() const;
   void CopyFromInterface(const TTavoValue* Value);
   TObject* CloneOwnedObject() const;
   void FreeOwnedObject();

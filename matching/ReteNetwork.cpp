@@ -265,8 +265,9 @@ void TReteNetwork::Evaluate(const IFunCall& FunCall, TRule* Rule, IFunCall& Resu
     if (IsVariable(Argument)) {
       String Name = Argument->GetAsString();
       if (TBinding* Binding = Rule->GetBindingByName(Name)) {
-        auto* Info = new TBindingInfo(Binding->GetFactIndex(), Binding->GetSlotIndex(), Binding->GetSubIndex());
-        Result->SetArgument(I, Make<TTavoValue>(Info, true));
+        ITavoValue Compiled = Make<TTavoValue>();
+        Compiled->AdoptObject(new TBindingInfo(Binding->GetFactIndex(), Binding->GetSlotIndex(), Binding->GetSubIndex()));
+        Result->SetArgument(I, Compiled);
       } else if (!FEngine || !FEngine->IsGlobalVariableName(Name)) {
         throw ETavoException(Format(SUnknownVariable, Name));
       }

@@ -32,6 +32,12 @@ class TTavoToken : public TTavoTokenPersistent {
   static void* operator new(size_t Size);
   static void operator delete(void* Block, size_t Size) noexcept;
 
+  // The host's tag and the general comparison and copy stay reachable
+  // beside the token's own.
+  using TTavoTokenPersistent::Assign;
+  using TTavoTokenPersistent::Equals;
+  using TTavoTokenPersistent::SetTag;
+
   // Sort codes, newest facts' ids, strengths, then the parents; tag and
   // negated count play no part.
   virtual bool Equals(const TTavoToken* Other) const;
