@@ -676,17 +676,13 @@ void TInferenceEngine::AddActivation(TActivation* Activation) {
 }
 
 bool TInferenceEngine::RemoveActivation(TActivation* Activation) {
-  TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda);
-  int Index = Agenda ? Agenda->IndexOfData(Activation) : -1;
-  if (Index >= 0) Agenda->Extract(Index);
+  if (TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda)) Agenda->ExtractData(Activation);
   // The activation being fired stays alive for the firing code.
   return Activation != FCurrentAgendaItem;
 }
 
 void TInferenceEngine::RuleFired(TActivation* Activation) {
-  TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda);
-  int Index = Agenda ? Agenda->IndexOfData(Activation) : -1;
-  if (Index >= 0) Agenda->Extract(Index);
+  if (TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda)) Agenda->ExtractData(Activation);
 }
 
 // Rules.

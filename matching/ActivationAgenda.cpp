@@ -12,7 +12,8 @@ TActivation::TActivation(TRule* Rule, IReteToken Token, TPatternMatchTerminalNod
 
 TActivation::~TActivation() {
   FDestroying = true;
-  if (TPatternMatchTerminalNode* Node = std::exchange(FNode, nullptr)) Node->Deactivate(this);
+  if (FNode) FNode->Deactivate(this);
+  FNode = nullptr;
 }
 
 void TActivation::SetStrength(float Value) {
@@ -46,28 +47,49 @@ String TActivation::ToString() const {
 
 // TActivationAgenda
 
+TActivationAgenda::TItems::const_iterator TActivationAgenda::At(int Index) const {
+  if (Index <= Count() / 2) return std::next(FItems.begin(), Index);
+  return std::prev(FItems.end(), Count() - Index);
+}
+
+TActivation* TActivationAgenda::GetActivations(int Index) const { return *At(Index); }
+
 int TActivationAgenda::FindInsertion(TActivation* /*Activation*/) { return -1; }
 
 int TActivationAgenda::Add(TActivation* Activation) {
   int Index = FindInsertion(Activation);
-  if (Index < 0 || Index > Count()) {
-    FItems.push_back(Activation);
+  if (Index < 0 || Index >= Count()) {
+    FWhere[Activation] = FItems.insert(FItems.end(), Activation);
     return Count() - 1;
   }
-  FItems.insert(FItems.begin() + Index, Activation);
+  FWhere[Activation] = FItems.insert(At(Index), Activation);
   return Index;
 }
 
 int TActivationAgenda::IndexOfData(const TActivation* Activation) const {
-  for (size_t I = 0; I < FItems.size(); ++I)
-    if (FItems[I] == Activation) return int(I);
+  if (!Contains(Activation)) return -1;
+  int Index = 0;
+  for (TActivation* Item : FItems) {
+    if (Item == Activation) return Index;
+    ++Index;
+  }
   return -1;
 }
 
 TActivation* TActivationAgenda::Extract(int Index) {
-  TActivation* Activation = FItems[size_t(Index)];
-  FItems.erase(FItems.begin() + Index);
+  auto Item = At(Index);
+  TActivation* Activation = *Item;
+  FWhere.erase(Activation);
+  FItems.erase(Item);
   return Activation;
+}
+
+bool TActivationAgenda::ExtractData(TActivation* Activation) {
+  auto Found = FWhere.find(Activation);
+  if (Found == FWhere.end()) return false;
+  FItems.erase(Found->second);
+  FWhere.erase(Found);
+  return true;
 }
 
 void TActivationAgenda::Delete(int Index) {
@@ -76,8 +98,9 @@ void TActivationAgenda::Delete(int Index) {
 }
 
 void TActivationAgenda::Clear() {
-  std::vector<TActivation*> Items;
+  TItems Items;
   Items.swap(FItems);
+  FWhere.clear();
   if (FFreeData)
     for (TActivation* Activation : Items) delete Activation;
 }

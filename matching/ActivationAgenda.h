@@ -2,6 +2,9 @@
 // node that holds it and placed by the engine.
 #pragma once
 
+#include <list>
+#include <unordered_map>
+
 #include "common/MekGenerics.h"
 #include "matching/TavoToken.h"
 
@@ -43,13 +46,21 @@ class TActivation : public TPersistent {
   TPatternMatchTerminalNode* FNode;
   float FStrength;
   bool FDestroying = false;
+  // The terminal node's list: its neighbours there, and the order of
+  // arrival among activations of equal sort codes.
+  friend class TPatternMatchTerminalNode;
+  TActivation* FNodePrev = nullptr;
+  TActivation* FNodeNext = nullptr;
+  uint64_t FNodeSequence = 0;
+  bool FInNode = false;
 };
 
 using TActivationEvent = std::function<void(TObject* Sender, TActivation* Activation)>;
 
 // The activations of one module in agenda order. The agenda owns them: an
-// entry deleted frees its activation while FreeData holds. Texts are made
-// only when asked for.
+// entry deleted frees its activation while FreeData holds. An activation is
+// found in one step, so that withdrawing one costs nothing per entry; texts
+// are made only when asked for.
 class TActivationAgenda : public TPersistent {
   TAVO_CLASS(TActivationAgenda, TPersistent)
  public:
@@ -57,8 +68,8 @@ class TActivationAgenda : public TPersistent {
   ~TActivationAgenda() override { Clear(); }
 
   int Count() const { return int(FItems.size()); }
-  TActivation* GetActivations(int Index) const { return FItems[size_t(Index)]; }
-  void SetActivations(int Index, TActivation* Activation) { FItems[size_t(Index)] = Activation; }
+  // By a walk from the nearer end; index 0 is one step.
+  TActivation* GetActivations(int Index) const;
   bool GetFreeData() const { return FFreeData; }
   void SetFreeData(bool Value) { FFreeData = Value; }
 
@@ -68,8 +79,11 @@ class TActivationAgenda : public TPersistent {
   int Add(TActivation* Activation);
   // The index of that very activation, or -1.
   int IndexOfData(const TActivation* Activation) const;
+  bool Contains(const TActivation* Activation) const { return FWhere.count(Activation) > 0; }
   // Takes the entry out and hands its activation, alive, to the caller.
   TActivation* Extract(int Index);
+  // The same by the activation; FALSE when the agenda does not hold it.
+  bool ExtractData(TActivation* Activation);
   // Takes the entry out first, then frees the activation while FreeData
   // holds: a freed activation reaches back through the network and must
   // find its entry gone.
@@ -79,7 +93,11 @@ class TActivationAgenda : public TPersistent {
   String ToString() const override;
 
  private:
-  std::vector<TActivation*> FItems;
+  using TItems = std::list<TActivation*>;
+  TItems::const_iterator At(int Index) const;
+
+  TItems FItems;
+  std::unordered_map<const TActivation*, TItems::iterator> FWhere;
   bool FFreeData = true;
 };
 

@@ -503,9 +503,14 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
   TTokenAction Tag = Token->GetTag();
   bool Adding = Tag == taAdd || Tag == taUpdate;
   // Walks one bucket of right tokens; false stops the whole scan.
+  // With a key, a stored token of another key fails the first test, which
+  // is the key's equality: it is passed over without running the tests.
+  bool ByKey = false;
+  int32_t Hash = 0;
   auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
     for (size_t I = 0; I < Bucket.size(); ++I) {
-      const IReteToken& Right = Bucket[I];
+      if (ByKey && Bucket[I].Key != Hash) continue;
+      const IReteToken& Right = Bucket[I].Token;
       if (!PairPasses(*Token, *Right->GetFact())) continue;
       if (FNegatedPattern) {
         Token->SetNegatedCount(Token->GetNegatedCount() + 1);
@@ -523,7 +528,8 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
       TFact* Fact = Token->GetFacts(FTokenIndex);
       const ITavoValue& Key = ReadSlot(*Fact, FLeftKey);
       const ITavoValue* Value = FLeftSubIndex != -1 ? ListItem(Key, FLeftSubIndex) : &Key;
-      int32_t Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+      Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+      ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FRightMemory->GetHasFuzzyKeys();
       if (auto* Bucket = FRightMemory->GetTokens(Hash)) Scan(*Bucket);
     } else {
       for (int B = FRightMemory->GetLowIndex(); B <= FRightMemory->GetHighIndex(); ++B)
@@ -544,9 +550,12 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
   TTokenAction Tag = Token->GetTag();
   const IFact& Right = Token->GetFact();
   float Strength = Token->GetStrength();
+  bool ByKey = false;
+  int32_t Hash = 0;
   auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
     for (size_t I = 0; I < Bucket.size(); ++I) {
-      const IReteToken& Left = Bucket[I];
+      if (ByKey && Bucket[I].Key != Hash) continue;
+      const IReteToken& Left = Bucket[I].Token;
       if (!PairPasses(*Left, *Right)) continue;
       if (!FNegatedPattern) {
         IReteToken Joined = Join(Left, Right, Strength);
@@ -567,7 +576,8 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
   if (FShortCut) {
     const ITavoValue& Key = ReadSlot(*Token->GetFacts(0), FRightKey);
     const ITavoValue* Value = FRightSubIndex != -1 ? ListItem(Key, FRightSubIndex) : &Key;
-    int32_t Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+    Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+    ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FLeftMemory->GetHasFuzzyKeys();
     if (auto* Bucket = FLeftMemory->GetTokens(Hash)) Scan(*Bucket);
   } else {
     for (int B = FLeftMemory->GetLowIndex(); B <= FLeftMemory->GetHighIndex(); ++B)
@@ -611,56 +621,83 @@ void TPatternMatchTerminalNode::AddActivation(const IReteToken& Token) {
   }
   if (Tag == taUpdate && FInitialized) return;
   auto* Activation = new TActivation(FRule, Token, this, Token->GetStrength());
-  FActivations.push_back(Activation);
-  if (TReteNetwork* Network = Rete())
-    Network->Activate(Activation);
+  Link(Activation);
+  if (TReteNetwork* Network = Rete()) Network->Activate(Activation);
 }
 
-int TPatternMatchTerminalNode::IndexOf(const TActivation* Activation) const {
-  for (size_t I = 0; I < FActivations.size(); ++I)
-    if (FActivations[I] == Activation) return int(I);
-  return -1;
+void TPatternMatchTerminalNode::Link(TActivation* Activation) {
+  Activation->FNodePrev = FLast;
+  Activation->FNodeNext = nullptr;
+  (FLast ? FLast->FNodeNext : FFirst) = Activation;
+  FLast = Activation;
+  Activation->FNodeSequence = FSequence++;
+  Activation->FInNode = true;
+  ++FCount;
+  FBySortCode.emplace(Activation->GetToken()->GetSortCode(), Activation);
+}
+
+void TPatternMatchTerminalNode::Unlink(TActivation* Activation) {
+  (Activation->FNodePrev ? Activation->FNodePrev->FNodeNext : FFirst) = Activation->FNodeNext;
+  (Activation->FNodeNext ? Activation->FNodeNext->FNodePrev : FLast) = Activation->FNodePrev;
+  Activation->FNodePrev = Activation->FNodeNext = nullptr;
+  Activation->FInNode = false;
+  --FCount;
+  auto Range = FBySortCode.equal_range(Activation->GetToken()->GetSortCode());
+  for (auto It = Range.first; It != Range.second; ++It)
+    if (It->second == Activation) {
+      FBySortCode.erase(It);
+      break;
+    }
+}
+
+TActivation* TPatternMatchTerminalNode::GetActivation(int Index) const {
+  TActivation* Activation = FFirst;
+  while (Activation && Index-- > 0) Activation = Activation->FNodeNext;
+  return Activation;
 }
 
 void TPatternMatchTerminalNode::Deactivate(int Index) {
-  TActivation* Activation = FActivations[size_t(Index)];
-  FActivations.erase(FActivations.begin() + Index);
-  if (TReteNetwork* Network = Rete())
-    Network->Deactivate(Activation);
-  else
-    TReteNetwork::FreeActivation(Activation);
+  if (TActivation* Activation = GetActivation(Index)) Deactivate(Activation);
 }
 
 void TPatternMatchTerminalNode::Deactivate(TActivation* Activation) {
-  int Index = IndexOf(Activation);
-  if (Index >= 0) Deactivate(Index);
+  if (!Activation->FInNode || Activation->GetNode() != this) return;
+  Unlink(Activation);
+  if (TReteNetwork* Network = Rete())
+    Network->Deactivate(Activation);
+  else if (!Activation->IsDestroying())
+    TReteNetwork::FreeActivation(Activation);
 }
 
 void TPatternMatchTerminalNode::RuleFired(TActivation* Activation) {
-  int Index = IndexOf(Activation);
-  if (Index >= 0) FActivations.erase(FActivations.begin() + Index);
+  if (Activation->FInNode && Activation->GetNode() == this) Unlink(Activation);
   if (TReteNetwork* Network = Rete()) Network->RuleFired(Activation);
 }
 
 void TPatternMatchTerminalNode::StandDown() {
-  for (int I = int(FActivations.size()) - 1; I >= 0; --I)
-    if (I < int(FActivations.size())) Deactivate(I);
+  while (FLast) Deactivate(FLast);
 }
 
 void TPatternMatchTerminalNode::StandDown(const IReteToken& Token) {
-  int32_t Code = Token->GetSortCode();
-  for (size_t I = 0; I < FActivations.size(); ++I) {
-    const IReteToken& Held = FActivations[I]->GetToken();
-    if (Held->GetSortCode() == Code && Held->Equals(Token.Get())) {
-      Deactivate(int(I));
-      return;
-    }
-  }
+  auto Range = FBySortCode.equal_range(Token->GetSortCode());
+  TActivation* First = nullptr;
+  for (auto It = Range.first; It != Range.second; ++It)
+    if ((!First || It->second->FNodeSequence < First->FNodeSequence) && It->second->GetToken()->Equals(Token.Get()))
+      First = It->second;
+  if (First) Deactivate(First);
 }
 
 void TPatternMatchTerminalNode::FastClearActivations() {
-  for (TActivation* Activation : FActivations) Activation->SetNode(nullptr);
-  FActivations.clear();
+  for (TActivation* Activation = FFirst; Activation;) {
+    TActivation* Next = Activation->FNodeNext;
+    Activation->FNodePrev = Activation->FNodeNext = nullptr;
+    Activation->FInNode = false;
+    Activation->SetNode(nullptr);
+    Activation = Next;
+  }
+  FFirst = FLast = nullptr;
+  FCount = 0;
+  FBySortCode.clear();
 }
 
 String TPatternMatchTerminalNode::ToString() const {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 #include "common/MekGraph.h"
@@ -265,8 +266,9 @@ class TPatternMatchTerminalNode : public TReteNode {
   void SetInitialized(bool Value) { FInitialized = FInitialized || Value; }
   TRule* GetRule() const { return FRule; }
   void SetRule(TRule* Value) { FRule = Value; }
-  int GetActivationCount() const { return int(FActivations.size()); }
-  TActivation* GetActivation(int Index) const { return FActivations[size_t(Index)]; }
+  int GetActivationCount() const { return FCount; }
+  // By a walk of the list.
+  TActivation* GetActivation(int Index) const;
 
   bool CallNode(const IReteToken& Token, TCallType CallType) override;
   virtual void AddActivation(const IReteToken& Token);
@@ -284,11 +286,19 @@ class TPatternMatchTerminalNode : public TReteNode {
   String ToString() const override;
 
  private:
-  int IndexOf(const TActivation* Activation) const;
+  // The activations in order of arrival, linked through themselves, and
+  // found by their tokens' sort codes: a retraction withdraws its match
+  // without a walk of the list.
+  void Link(TActivation* Activation);
+  void Unlink(TActivation* Activation);
 
   bool FInitialized = false;
   TRule* FRule = nullptr;
-  std::vector<TActivation*> FActivations;
+  TActivation* FFirst = nullptr;
+  TActivation* FLast = nullptr;
+  int FCount = 0;
+  uint64_t FSequence = 0;
+  std::unordered_multimap<int32_t, TActivation*> FBySortCode;
 };
 
 }  // namespace tavo

@@ -128,6 +128,17 @@ int32_t TTavoTokenTree::KeyOf(const TTavoToken& Token) const {
   return Item ? Item->GetHashCode() : 0;
 }
 
+bool TTavoTokenTree::KeyIsFuzzy(const TTavoToken& Token) const {
+  TFact* Fact = Token.GetFacts(FTokenIndex);
+  if (!Fact) return false;
+  const ITavoValue& Value = ReadSlot(*Fact, FSlot);
+  if (Value && Value->GetDType() == dtFuzzy) return true;
+  if (FSlot.GetSubIndex() == NoSubIndex || !Value || Value->GetDType() != dtList) return false;
+  const IValueVector& Items = Value->GetAsList();
+  return FSlot.GetSubIndex() < Items->GetValueCount() && Items->Get(FSlot.GetSubIndex()) &&
+         Items->Get(FSlot.GetSubIndex())->GetDType() == dtFuzzy;
+}
+
 int TTavoTokenTree::BucketOf(int32_t Key) const { return int(Magnitude(Key) % uint32_t(FHash)); }
 
 TTavoTokenTree::TBucket* TTavoTokenTree::GetTokens(int I) {
@@ -137,23 +148,26 @@ TTavoTokenTree::TBucket* TTavoTokenTree::GetTokens(int I) {
 }
 
 bool TTavoTokenTree::Add(const IReteToken& Token) {
-  int Index = BucketOf(KeyOf(*Token));
+  int32_t Key = KeyOf(*Token);
+  int Index = BucketOf(Key);
   auto& Bucket = FBuckets[size_t(Index)];
   if (!Bucket) Bucket = std::make_unique<TBucket>();
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
-  for (const IReteToken& Held : *Bucket)
-    if (Held->Equals(Token.Get())) return false;
-  Bucket->push_back(Token);
+  for (const TEntry& Held : *Bucket)
+    if (Held.SortCode == Token->GetSortCode() && Held.Token->Equals(Token.Get())) return false;
+  Bucket->push_back({Key, Token->GetSortCode(), Token});
   FEmpty = false;
+  if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
   return true;
 }
 
 bool TTavoTokenTree::Remove(const IReteToken& Token) {
-  auto& Bucket = FBuckets[size_t(BucketOf(KeyOf(*Token)))];
+  int32_t Key = KeyOf(*Token);
+  auto& Bucket = FBuckets[size_t(BucketOf(Key))];
   if (!Bucket) return false;
   for (auto Held = Bucket->begin(); Held != Bucket->end(); ++Held)
-    if ((*Held)->Equals(Token.Get())) {
+    if (Held->SortCode == Token->GetSortCode() && Held->Token->Equals(Token.Get())) {
       Bucket->erase(Held);
       --FCount;
       return true;
@@ -174,7 +188,7 @@ String TTavoTokenTree::ToString() const {
   String Result;
   for (auto& Bucket : FBuckets) {
     if (!Bucket) continue;
-    for (const IReteToken& Token : *Bucket) Result += Token->ToString();
+    for (const TEntry& Entry : *Bucket) Result += Entry.Token->ToString();
     Result += u"\r\n";
   }
   return Result;
@@ -184,7 +198,7 @@ String TTavoTokenTree::GetToFactsString() const {
   String Result;
   for (auto& Bucket : FBuckets) {
     if (!Bucket || Bucket->empty()) continue;
-    for (const IReteToken& Token : *Bucket) Result += Token->GetToFactsString();
+    for (const TEntry& Entry : *Bucket) Result += Entry.Token->GetToFactsString();
     Result += u"\r\n";
   }
   return Result;

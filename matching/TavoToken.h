@@ -84,7 +84,15 @@ String GetTokenActionName(TTokenAction Action);
 class TTavoTokenTree : public TPersistent {
   TAVO_CLASS(TTavoTokenTree, TPersistent)
  public:
-  using TBucket = std::vector<IReteToken>;
+  // A stored token with its key, so that a keyed scan passes over tokens
+  // of other keys by one comparison.
+  struct TEntry {
+    int32_t Key;
+    // The token's own, compared before the token is touched.
+    int32_t SortCode;
+    IReteToken Token;
+  };
+  using TBucket = std::vector<TEntry>;
 
   TTavoTokenTree(int Hash, int TokenIndex, int SubIndex, const String& FactIndex, bool UseHashCode);
 
@@ -98,7 +106,11 @@ class TTavoTokenTree : public TPersistent {
 
   // The key of a token before it is reduced to a bucket.
   int32_t KeyOf(const TTavoToken& Token) const;
+  // Whether a key of a fuzzy value was ever stored: such a value may equal
+  // values of other keys, so keys alone cannot rule a token out.
+  bool GetHasFuzzyKeys() const { return FHasFuzzyKeys; }
   int BucketOf(int32_t Key) const;
+  bool KeyIsFuzzy(const TTavoToken& Token) const;
 
   int GetHash() const { return FHash; }
   int GetTokenIndex() const { return FTokenIndex; }
@@ -127,6 +139,7 @@ class TTavoTokenTree : public TPersistent {
   int FLowIndex;
   int FHighIndex = -1;
   int FCount = 0;
+  bool FHasFuzzyKeys = false;
 };
 
 }  // namespace tavo
