@@ -32,7 +32,7 @@ for script in "$here"/scripts/*.clp "$work/deffunctions.clp"; do
 done
 
 build=$(dirname "$tavo")/bench
-for program in EvaluationBench ValueBench FactsBench; do
+for program in EvaluationBench ValueBench FactsBench ReteBench; do
   if [ -x "$build/$program" ]; then
     echo
     "$build/$program" --benchmark_repetitions="$runs" --benchmark_report_aggregates_only=true 2>&1 |

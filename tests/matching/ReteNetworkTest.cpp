@@ -249,5 +249,64 @@ TEST_F(TReteNetworkTest, CompileErrorsLeaveNoRuleBehind) {
   delete Negated;
 }
 
+TEST_F(TReteNetworkTest, OrConstraintsBecomeOneVariableAndOneCallOfOr) {
+  TRule* Rule = NewRule(u"either");
+  TTavoPattern* Either = Pattern(Rule, u"a", {});
+  Either->AddTest(u"x", Int(1), NoSubIndex, true, false);
+  Either->AddTest(u"x", Int(2), NoSubIndex, false, false);
+  Either->AddTest(u"y", Var(u"k"), NoSubIndex, true, false);
+  AddRule(u"either", {Either}, Rule);
+  // The slot's tests: a generated variable, bound in the rule, and the
+  // call that tries each alternative on it.
+  int X = Either->IndexOfSlotName(u"x");
+  ASSERT_EQ(Either->GetSlotTestCount(X), 2);
+  String Blank = Either->GetSlotTest(X, 0)->GetSlotValue()->GetAsString();
+  EXPECT_EQ(Blank.substr(0, 7), u"_blank_");
+  EXPECT_NE(Rule->GetBindingByName(Blank), nullptr);
+  EXPECT_EQ(Either->GetSlotTest(X, 1)->GetSlotValue()->GetAsFunCall()->GetName(), u"or");
+  EXPECT_EQ(Either->GetNumORConstraints(), 0);
+  Engine.Assert(u"(a (x 1) (y p))");
+  Engine.Assert(u"(a (x 3) (y q))");
+  Engine.Assert(u"(a (x 2) (y r))");
+  EXPECT_EQ(Take(), u"+either:f-1 +either:f-3 ");
+}
+
+TEST_F(TReteNetworkTest, AChangedRuleIsCompiledAnewAndADisabledOneActivatesNothing) {
+  TRule* Rule = NewRule(u"changing");
+  AddRule(u"changing", {Pattern(Rule, u"a", {{u"x", Var(u"v")}})}, Rule);
+  Engine.Assert(u"(a (x 1))");
+  EXPECT_EQ(Take(), u"+changing:f-1 ");
+  Rule->SetEnabled(false);
+  EXPECT_EQ(Take(), u"-changing:f-1 ");
+  EXPECT_EQ(Engine.GetAgendaCount(), 0);
+  Rule->SetEnabled(true);
+  EXPECT_EQ(Take(), u"+changing:f-1 ");
+  // One update, one compilation.
+  Rule->BeginUpdate();
+  Rule->GetPatterns().Get(0)->SetUnique(true);
+  Rule->GetActions().Add(Engine.ParseFunCall(u"(assert (c (w 1)))"));
+  EXPECT_EQ(Take(), u"");
+  Rule->EndUpdate();
+  EXPECT_EQ(Take(), u"-changing:f-1 +changing:f-1 ");
+  EXPECT_EQ(Rule->GetCompilation(), u"changing: +1+t");
+}
+
+TEST_F(TReteNetworkTest, ADisabledNetworkDropsAdditionsAndAOneShotRuleFiresOnce) {
+  TRule* Once = NewRule(u"once");
+  Once->SetOneShot(true);
+  AddRule(u"once", {Pattern(Once, u"a", {{u"x", Var(u"v")}})}, Once);
+  Engine.Assert(u"(a (x 1))");
+  EXPECT_EQ(Engine.Run(), 1);
+  Engine.Assert(u"(a (x 2))");
+  EXPECT_EQ(Engine.GetAgendaCount(), 0);
+  Engine.Reset();
+  Engine.Assert(u"(a (x 3))");
+  EXPECT_EQ(Engine.GetAgendaCount(), 1);
+  Engine.GetRete()->SetEnabled(false);
+  EXPECT_EQ(Engine.GetAgendaCount(), 0);
+  EXPECT_EQ(Engine.GetRete()->GetNodeCount(), 0);
+  EXPECT_FALSE(Engine.GetRete()->ProcessToken(Make<TTavoToken>(taAdd, Engine.GetFacts()->Get(0))));
+}
+
 }  // namespace
 }  // namespace tavo
