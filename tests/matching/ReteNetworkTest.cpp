@@ -308,5 +308,46 @@ TEST_F(TReteNetworkTest, ADisabledNetworkDropsAdditionsAndAOneShotRuleFiresOnce)
   EXPECT_FALSE(Engine.GetRete()->ProcessToken(Make<TTavoToken>(taAdd, Engine.GetFacts()->Get(0))));
 }
 
+TEST_F(TReteNetworkTest, AnActivationTellsItsRuleAndFactsAndACloneStartsAtFullStrength) {
+  TRule* Rule = NewRule(u"shown");
+  AddRule(u"shown", {Pattern(Rule, u"a", {{u"x", Var(u"v")}})}, Rule);
+  Engine.Assert(u"(a (x 1))");
+  TActivation* Activation = Engine.GetAgenda()->GetActivations(0);
+  Activation->SetStrength(0.25f);
+  EXPECT_EQ(Activation->ToString(), u"0 shown : f-1 (0.2500)");
+  std::unique_ptr<TActivation> Clone(Activation->Clone());
+  EXPECT_EQ(Clone->GetStrength(), 1.0f);
+  EXPECT_EQ(Clone->GetToken(), Activation->GetToken());
+  Clone->Assign(Activation);
+  EXPECT_EQ(Clone->GetStrength(), 0.25f);
+  Activation->SetStrength(3);
+  EXPECT_EQ(Activation->GetStrength(), 1.0f);
+  // The clone is not in the node's list: freeing it withdraws nothing.
+  Clone.reset();
+  EXPECT_EQ(Engine.GetAgendaCount(), 1);
+}
+
+// Fuzzy values come with the fuzzy layer, which installs the match through
+// TReteNetwork::SetFuzzyMatchFunction; this test waits for it.
+TEST_F(TReteNetworkTest, DISABLED_AFuzzyMatchWeighsTheTokenByItsStrength) {
+  Engine.Parse(u"(deftype level FUZZY 0 10 (terms (low (0 1) (5 0)) (high (5 0) (10 1))))"
+               u"(deftemplate reading (slot level (type level)))");
+  TRule* Rule = NewRule(u"low");
+  AddRule(u"low", {Pattern(Rule, u"reading", {{u"level", Atom(u"low")}})}, Rule);
+  Engine.Assert(u"(reading (level 2))");
+  ASSERT_EQ(Engine.GetAgendaCount(), 1);
+  EXPECT_LT(Engine.GetAgenda()->GetActivations(0)->GetStrength(), 1.0f);
+}
+
+// Goals come with backward chaining, through TJoinNode::AskForBackChain;
+// this test waits for it.
+TEST_F(TReteNetworkTest, DISABLED_AJoinOnAGoalTemplateAsksForTheGoal) {
+  Engine.Parse(u"(deftemplate d (slot k)) (do-backward-chaining d)");
+  TRule* Rule = NewRule(u"wants");
+  AddRule(u"wants", {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Pattern(Rule, u"d", {{u"k", Var(u"v")}})}, Rule);
+  Engine.Assert(u"(a (x 1))");
+  EXPECT_NE(Engine.GetFacts()->FindFact(Engine.ParseFact(u"(need-d (k 1))")), -1);
+}
+
 }  // namespace
 }  // namespace tavo
