@@ -232,14 +232,12 @@ int TRule::EvaluateSalience() {
   std::unique_ptr<TTavoContext> Child(FRuleEngine->GetContext()->Push());
   ITavoValue Value;
   EvaluateInto(FSalienceValue, Child.get(), Value);
-  int Salience = Value ? int(Value->GetAsInteger()) : 0;
   Child->Pop();
-  // The expression stays; only the integer changes.
-  if (Salience != FSalience) {
-    FSalience = Salience;
-    if (FSalienceValue->GetDType() == dtInteger) FSalienceValue = Make<TTavoValue>(Salience, dtInteger);
-    Change(this);
-  }
+  // The expression stays and the rule is not compiled again: salience is
+  // evaluated before each placement on the agenda, which must not rebuild
+  // the network under the token on its way. Only writing a number through
+  // SetSalienceInteger counts as a change of the rule.
+  FSalience = Value ? int(Value->GetAsInteger()) : 0;
   return FSalience;
 }
 
