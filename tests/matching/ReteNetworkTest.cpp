@@ -349,5 +349,16 @@ TEST_F(TReteNetworkTest, DISABLED_AJoinOnAGoalTemplateAsksForTheGoal) {
   EXPECT_NE(Engine.GetFacts()->FindFact(Engine.ParseFact(u"(need-d (k 1))")), -1);
 }
 
+TEST_F(TReteNetworkTest, AUniqueJoinStopsAtItsFirstMatch) {
+  TRule* Rule = NewRule(u"first");
+  TTavoPattern* Any = Pattern(Rule, u"b", {{u"y", Var(u"v")}});
+  Any->SetUnique(true);
+  AddRule(u"first", {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Any}, Rule);
+  Engine.Assert(u"(b (y 1) (z 1))");
+  Engine.Assert(u"(b (y 1) (z 2))");
+  Engine.Assert(u"(a (x 1))");
+  EXPECT_EQ(Take(), u"+first:f-3, f-1 ");
+}
+
 }  // namespace
 }  // namespace tavo
