@@ -2,6 +2,12 @@
 // small objects made by the million (values, tokens) come and go without
 // the general allocator. The address sanitizer sees every block come and go
 // instead.
+//
+// A user defines, at namespace scope in its own source file,
+//   thread_local bool Gone = false;
+//   thread_local TBlockCache<Size, Max> Cache(Gone);
+// so that the compiler reaches both directly; the flag outlives the cache
+// and tells late frees of the thread to go to the general allocator.
 #pragma once
 
 #include <cstddef>
@@ -15,21 +21,30 @@ namespace tavo {
 template <size_t BlockSize, int MaxBlocks>
 class TBlockCache {
  public:
-  static void* Allocate(size_t Size) {
+  explicit TBlockCache(bool& Gone) : FGone(Gone) {}
+  ~TBlockCache() {
+    FGone = true;
+    while (FFree) ::operator delete(std::exchange(FFree, FFree->Next));
+    FCount = 0;
+  }
+  TBlockCache(const TBlockCache&) = delete;
+  TBlockCache& operator=(const TBlockCache&) = delete;
+
+  void* Allocate(size_t Size) {
 #if !defined(TAVO_ADDRESS_SANITIZER)
-    if (Size == BlockSize && !Gone && Cache.Free) {
-      --Cache.Count;
-      return std::exchange(Cache.Free, Cache.Free->Next);
+    if (Size == BlockSize && FFree) {
+      --FCount;
+      return std::exchange(FFree, FFree->Next);
     }
 #endif
     return ::operator new(Size);
   }
 
-  static void Release(void* Block, size_t Size) noexcept {
+  void Release(void* Block, size_t Size) noexcept {
 #if !defined(TAVO_ADDRESS_SANITIZER)
-    if (Size == BlockSize && !Gone && Cache.Count < MaxBlocks) {
-      Cache.Free = new (Block) TFreeBlock{Cache.Free};
-      ++Cache.Count;
+    if (Size == BlockSize && FCount < MaxBlocks) {
+      FFree = new (Block) TFreeBlock{FFree};
+      ++FCount;
       return;
     }
 #else
@@ -43,19 +58,9 @@ class TBlockCache {
   struct TFreeBlock {
     TFreeBlock* Next;
   };
-  struct TCache {
-    TFreeBlock* Free = nullptr;
-    int Count = 0;
-    ~TCache() {
-      Gone = true;
-      while (Free) ::operator delete(std::exchange(Free, Free->Next));
-      Count = 0;
-    }
-  };
-  // Set once the thread's cache is gone, while the thread still frees
-  // blocks.
-  static inline thread_local bool Gone = false;
-  static inline thread_local TCache Cache;
+  TFreeBlock* FFree = nullptr;
+  int FCount = 0;
+  bool& FGone;
 };
 
 }  // namespace tavo

@@ -134,11 +134,21 @@ void TTavoValue::SetOnChange(TTavoValueChangeEvent Value) {
 }
 
 // Value blocks come from a cache of the thread.
-using TValueBlocks = TBlockCache<sizeof(TTavoValue), 4096>;
+namespace {
+thread_local bool ValueCacheGone = false;
+thread_local TBlockCache<sizeof(TTavoValue), 4096> ValueCache(ValueCacheGone);
+}  // namespace
 
-void* TTavoValue::operator new(size_t Size) { return TValueBlocks::Allocate(Size); }
+void* TTavoValue::operator new(size_t Size) {
+  return ValueCacheGone ? ::operator new(Size) : ValueCache.Allocate(Size);
+}
 
-void TTavoValue::operator delete(void* Block, size_t Size) noexcept { TValueBlocks::Release(Block, Size); }
+void TTavoValue::operator delete(void* Block, size_t Size) noexcept {
+  if (ValueCacheGone)
+    ::operator delete(Block);
+  else
+    ValueCache.Release(Block, Size);
+}
 
 // Construction.
 

@@ -9,7 +9,8 @@ namespace tavo {
 
 namespace {
 
-using TTokenBlocks = TBlockCache<sizeof(TTavoToken), 16384>;
+thread_local bool TokenCacheGone = false;
+thread_local TBlockCache<sizeof(TTavoToken), 16384> TokenCache(TokenCacheGone);
 
 constexpr const char16_t* TokenActionNames[] = {u"taClear", u"taAdd", u"taRemove", u"taUpdate"};
 
@@ -28,9 +29,16 @@ String GetTokenActionName(TTokenAction Action) {
 
 // TTavoToken
 
-void* TTavoToken::operator new(size_t Size) { return TTokenBlocks::Allocate(Size); }
+void* TTavoToken::operator new(size_t Size) {
+  return TokenCacheGone ? ::operator new(Size) : TokenCache.Allocate(Size);
+}
 
-void TTavoToken::operator delete(void* Block, size_t Size) noexcept { TTokenBlocks::Release(Block, Size); }
+void TTavoToken::operator delete(void* Block, size_t Size) noexcept {
+  if (TokenCacheGone)
+    ::operator delete(Block);
+  else
+    TokenCache.Release(Block, Size);
+}
 
 TTavoToken::TTavoToken(TTokenAction Tag, const IFact& Fact)
     : FCount(1), FFact(Fact), FSortCode(Fact ? Fact->GetID() : 0), FTag(Tag) {}
