@@ -724,6 +724,12 @@ void TInferenceEngine::RemoveRuleFromList(TRule* Rule) {
   }
 }
 
+bool TInferenceEngine::HoldsRule(const TRule* Rule) const {
+  for (int I = 0; I < FModules.Count(); ++I)
+    if (TRules* Rules = FModules.Get(I)->GetRules(); Rules && Rules->IndexOf(Rule) >= 0) return true;
+  return false;
+}
+
 bool TInferenceEngine::HoldsRuleName(const TRule* Rule, StringView Name) const {
   return FRules && FRules->Find(Name) == Rule;
 }

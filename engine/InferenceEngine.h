@@ -128,6 +128,12 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   void AddRuleToList(TRule* Rule) override;
   void RemoveRuleFromList(TRule* Rule) override;
   bool HoldsRuleName(const TRule* Rule, StringView Name) const override;
+  bool HoldsRule(const TRule* Rule) const override;
+  // A rule from its text, compiled as it enters the current module's list;
+  // a left or a right side alone for a rule the host holds.
+  TRule* ParseRule(const String& Text);
+  void ParseRulePatterns(TRule* Rule, const String& Text);
+  void ParseRuleActions(TRule* Rule, const String& Text);
   void PopFocusModule() override { PopFocus(); }
   IModule FocusRuleModule(StringView Module) override { return FocusFactSetModule(Module, false); }
   TRuleEvent OnAddRule;

@@ -176,7 +176,8 @@ void TRule::SetEngine(TComponent* Engine) {
 
 void TRule::SetModule(const String& Value) {
   if (Value == FModule) return;
-  if (!FRuleEngine) {
+  // Only a rule in a list moves between lists.
+  if (!FRuleEngine || !FRuleEngine->HoldsRule(this)) {
     FModule = Value;
     return;
   }
@@ -283,7 +284,7 @@ void TRule::AddPattern(TTavoPattern* Pattern) {
         if (!IsVariable(Value)) continue;
         String Name = Value->GetAsString();
         if (GetBindingByName(Name)) continue;
-        if (Pattern->GetNegatedCount() > 0 && StartsWith(Name, SBlankPrefix)) {
+        if (Pattern->IsNegated() && StartsWith(Name, SBlankPrefix)) {
           // A blank variable of a negation is its own, not the rule's.
           String Renamed = u"_" + IntToStr(FPatterns.Count()) + u"_" + Name;
           Test->SetSlotValue(Make<TTavoValue>(Renamed, Value->GetDType()));

@@ -23,6 +23,8 @@ class IRuleEngine {
   // The rule list of the rule's module.
   virtual void AddRuleToList(TRule* Rule) = 0;
   virtual void RemoveRuleFromList(TRule* Rule) = 0;
+  // Whether any module's rule list holds the rule.
+  virtual bool HoldsRule(const TRule* Rule) const = 0;
   // Whether the rule list holds this very rule under Name.
   virtual bool HoldsRuleName(const TRule* Rule, StringView Name) const = 0;
   virtual void RenameRule(TRule* Rule, const String& OldName, const String& NewName) = 0;

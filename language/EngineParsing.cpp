@@ -89,3 +89,42 @@ IStreamToken TInferenceEngine::ReadToken(const String& InID) {
 }
 
 }  // namespace tavo
+
+namespace tavo {
+
+TRule* TInferenceEngine::ParseRule(const String& Text) {
+  std::unique_ptr<TRule> Rule(
+      WithParser(*this, Text, [](TTavoClipsParser& Parser) { return Parser.ParseRule(); }));
+  TRule* Added = Rule.get();
+  FRules->Add(Added);
+  // A rule the duplicate policy keeps out is not the caller's to hold.
+  if (FRules->Find(Added->GetRuleName()) != Added) return nullptr;
+  return Rule.release();
+}
+
+void TInferenceEngine::ParseRulePatterns(TRule* Rule, const String& Text) {
+  WithParser(*this, Text, [Rule](TTavoClipsParser& Parser) {
+    TTavoClipsParser::TVariableTable Table;
+    Rule->BeginUpdate();
+    try {
+      Parser.ParseRulePatterns(Rule, Table);
+    } catch (...) {
+      // The parse error is the one to report.
+      try {
+        Rule->EndUpdate();
+      } catch (...) {
+      }
+      throw;
+    }
+    Rule->EndUpdate();
+  });
+}
+
+void TInferenceEngine::ParseRuleActions(TRule* Rule, const String& Text) {
+  WithParser(*this, Text, [Rule](TTavoClipsParser& Parser) {
+    TTavoClipsParser::TVariableTable Table;
+    Parser.ParseRuleActions(Rule, Table);
+  });
+}
+
+}  // namespace tavo

@@ -118,13 +118,6 @@ void TTavoClipsParser::ParseError(StringView Where, StringView Message) {
   throw ETavoParseException(Format(SParseError, Message, Where, IntToStr(Line), Text), Line);
 }
 
-void TTavoClipsParser::NotYet(StringView Keyword) {
-  Next();  // "(" and the keyword, so that the message shows them
-  Next();
-  ParseError(u"ParseExpression", StringView(Format(SParseTypeError, Keyword)));
-  __builtin_unreachable();
-}
-
 String TTavoClipsParser::GenerateSymbol(const String& Prefix) {
   return FOwner ? FOwner->GenerateSymbol(Prefix) : Prefix;
 }
@@ -216,6 +209,7 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
   TObject* Object = nullptr;
   IInterpretedFunction Function;
   std::unique_ptr<TFactSet> OrphanSet;
+  std::unique_ptr<TRule> OrphanRule;
   IStreamToken Token = Next();
   TParsedType Type = GetConstructType(Token);
   switch (Type) {
@@ -267,8 +261,20 @@ bool TTavoClipsParser::ParseExpression(bool Execute) {
       }
       break;
     }
-    case ptRule:
-      NotYet(GetConstructName(Type));
+    case ptRule: {
+      std::unique_ptr<TRule> Rule(ParseRule());
+      Object = Rule.get();
+      if (FOwner) {
+        TRule* Added = Rule.get();
+        // Compiled as it enters the list; a rule the duplicate policy
+        // refuses, or that does not compile, goes.
+        FOwner->GetRules()->Add(Added);
+        if (FOwner->GetRules()->Find(Added->GetRuleName()) == Added) Rule.release();
+      } else {
+        OrphanRule = std::move(Rule);
+      }
+      break;
+    }
     case ptEOF:
       Result = FCEOF;
       break;

@@ -1,6 +1,7 @@
 // The recursive-descent parser of the rule language.
 #pragma once
 
+#include "common/MekHashTables.h"
 #include "common/MekStringList.h"
 #include "language/TavoParser.h"
 
@@ -55,6 +56,15 @@ class TTavoClipsParser : public TTavoParser {
   // facts are not asserted.
   TFactSet* ParseFactSet();
   IModule ParseModule();
+  // Rules. The variable table fixes the kind of each name of the left side
+  // by its first appearance. The caller owns the rule.
+  using TVariableTable = TMekStringHashTable<int>;
+  TRule* ParseRule();
+  void ParseRulePatterns(TRule* Rule, TVariableTable& Table);
+  // Level counts the negations around the element. The caller owns the
+  // pattern.
+  TTavoPattern* ParsePattern(int Level, TVariableTable& Table);
+  void ParseRuleActions(TRule* Rule, TVariableTable& Table);
 
   // The functions whose arguments are facts or pairs.
   void AddSlotFunction(const String& Name, int Start, int End);
@@ -107,8 +117,6 @@ class TTavoClipsParser : public TTavoParser {
   ITavoValue FunCallValue();
   ITavoValue TokenValue(const IStreamToken& Token) const;
   ITavoValue CheckedValue(ITavoValue Value, TTavoTypes Types, const ITavoDefinedType& DefinedType);
-  // Constructs whose grammar is not read yet fail with a clear message.
-  [[noreturn]] void NotYet(StringView Keyword);
   IStreamToken FinishHeader(String& Name, String& Comment, bool HasComment, StringView Keyword);
   bool NameTaken(StringView Keyword, const String& Name) const;
   TTavoContext* GlobalContext() const;
@@ -117,6 +125,12 @@ class TTavoClipsParser : public TTavoParser {
   ITavoDefinedType ImplicitType(const IFactSlot& Slot);
   // Names up to ")" or the end, which stays unread.
   void ParseNameList(TModuleImportExport& Target, bool DefinedTypes);
+  // The tests of one slot of a template pattern, up to its ")".
+  void ParseSlotConstraints(TTavoPattern& Pattern, const String& SlotName, bool Ordered,
+                            IStreamToken Token, TVariableTable& Table);
+  // The properties from the token after "declare"; gives the token after
+  // the declaration's ")".
+  IStreamToken ParseRuleDeclarations(TRule& Rule, IStreamToken Token);
 
   TStringList<TSlotArgRecord> FSlotFunctions;
   // Nesting of the recursive productions; a limit keeps the stack safe.

@@ -6,6 +6,7 @@
 
 #include "core/TavoFunctions.h"
 #include "knowledge/TavoFacts.h"
+#include "knowledge/TavoRule.h"
 #include "language/TavoClipsStream.h"
 
 namespace tavo {
@@ -47,6 +48,8 @@ using TParseFactTemplateEvent = std::function<void(TTavoParser* Sender, const IF
 using TParseDefinedTypeEvent = std::function<void(TTavoParser* Sender, const ITavoDefinedType& Type)>;
 using TParseFactSetEvent = std::function<void(TTavoParser* Sender, TFactSet* FactSet)>;
 using TParseModuleEvent = std::function<void(TTavoParser* Sender, const IModule& Module)>;
+using TParseRuleEvent = std::function<void(TTavoParser* Sender, TRule* Rule)>;
+using TParsePatternEvent = std::function<void(TTavoParser* Sender, TTavoPattern* Pattern)>;
 
 // The frame of a parser: its settings, its events and the operations that
 // read constructs and expressions from its stream.
@@ -99,6 +102,8 @@ class TTavoParser : public TPersistent {
   TParseDefinedTypeEvent OnParseDefinedType;
   TParseFactSetEvent OnParseFactSet;
   TParseModuleEvent OnParseModule;
+  TParseRuleEvent OnParseRule;
+  TParsePatternEvent OnParsePattern;
 
  protected:
   TInferenceEngine* FOwner;
