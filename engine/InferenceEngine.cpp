@@ -341,6 +341,16 @@ void TInferenceEngine::RetractFacts() {
   if (OnClearFacts) OnClearFacts(this);
 }
 
+void TInferenceEngine::BeginFactModify(const IFact& Fact) {
+  FModifyingFact = true;
+  RetractFact(Fact);
+}
+
+int TInferenceEngine::EndFactModify(const IFact& Fact) {
+  FModifyingFact = false;
+  return Assert(Fact, false);
+}
+
 void TInferenceEngine::Retract(const IFact& Fact) {
   int Index = FFacts->FindFact(Fact);
   if (Index >= 0) RetractFact(Index);

@@ -171,6 +171,11 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   void AddFactToModule(const IFact& Fact, const IModule& Module);
   // Takes a fact out of a module's list; a given module means -1 as index.
   void RemoveFactFromModule(int Index, const IFact& Fact, const IModule& Module);
+  // The modify bracket: the fact is retracted, its slots change in place,
+  // and it is asserted again with a new id.
+  virtual void BeginFactModify(const IFact& Fact);
+  virtual int EndFactModify(const IFact& Fact);
+  bool GetModifyingFact() const { return FModifyingFact; }
   // Queues an assert ("+") or retract ("-") for the end of the current one.
   virtual void AddPendingFact(const IFact& Fact, bool Assert);
   virtual void ProcessPendingFacts();
@@ -407,6 +412,7 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   TRules* FRules = nullptr;
   TTavoPattern* FInitialFactPattern = nullptr;
   TActivation* FCurrentAgendaItem = nullptr;
+  bool FModifyingFact = false;
   IFact FNullFact;
   IModule FCurrentModule;
 };

@@ -754,6 +754,14 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TWatchFunction>());
   Functions.Add(Make<TUnwatchFunction>());
   Functions.Add(Make<TAssertFunction>());
+  Functions.Add(Make<TAssertStringFunction>());
+  Functions.Add(Make<TRetractFunction>());
+  Functions.Add(Make<TRetractStringFunction>());
+  Functions.Add(Make<TModifyFunction>());
+  Functions.Add(Make<TDuplicateFunction>());
+  Functions.Add(Make<TGetSlotValueFunction>());
+  Functions.Add(Make<TGetFactDuplicationFunction>());
+  Functions.Add(Make<TSetFactDuplicationFunction>());
   Functions.Add(Make<TResetFunction>());
   Functions.Add(Make<TClearFunction>());
   Functions.Add(Make<TPrintOutFunction>());

@@ -64,6 +64,14 @@ TAVO_STANDARD_FUNCTION(TUnwatchFunction)
 
 // Facts.
 TAVO_STANDARD_FUNCTION(TAssertFunction)
+TAVO_STANDARD_FUNCTION(TAssertStringFunction)
+TAVO_STANDARD_FUNCTION(TRetractFunction)
+TAVO_STANDARD_FUNCTION(TRetractStringFunction)
+TAVO_STANDARD_FUNCTION(TModifyFunction)
+TAVO_STANDARD_FUNCTION(TDuplicateFunction)
+TAVO_STANDARD_FUNCTION(TGetSlotValueFunction)
+TAVO_STANDARD_FUNCTION(TGetFactDuplicationFunction)
+TAVO_STANDARD_FUNCTION(TSetFactDuplicationFunction)
 
 // Output.
 TAVO_STANDARD_FUNCTION(TResetFunction)
