@@ -65,6 +65,8 @@ void TInferenceEngine::UnhookEvents() {
     }
   OnAddRule = nullptr;
   OnRemoveRule = nullptr;
+  OnAddActivation = nullptr;
+  OnRemoveActivation = nullptr;
   OnPrintOut = nullptr;
   OnReadLine = nullptr;
   OnReadToken = nullptr;
@@ -680,13 +682,24 @@ TActivationAgenda* AgendaOf(TActivation* Activation, TActivationAgenda* Current)
 }  // namespace
 
 void TInferenceEngine::AddActivation(TActivation* Activation) {
+  if (TRule* Rule = Activation->GetRule()) Rule->EvaluateSalience();
   // Placing by salience and strategy comes with the agenda's ordering;
   // until then an activation goes to the end of its module's agenda.
-  AgendaOf(Activation, FAgenda)->Add(Activation);
+  int Index = AgendaOf(Activation, FAgenda)->Add(Activation);
+  if (Watching(cwActivation)) PrintOut(u"==> Activation: " + Activation->ToString() + u"\r\n");
+  if (OnAddActivation) OnAddActivation(this, Index, Activation);
+  if (PeekFocus() && Activation->GetRule() && Activation->GetRule()->GetAutoFocus()) PushFocus(FCurrentModule);
 }
 
 bool TInferenceEngine::RemoveActivation(TActivation* Activation) {
-  if (TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda)) Agenda->ExtractData(Activation);
+  if (TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda); Agenda && Agenda->Contains(Activation)) {
+    // The index is worked out only for a host that asks for it.
+    if (OnRemoveActivation) OnRemoveActivation(this, Agenda->IndexOfData(Activation), Activation);
+    if (Watching(cwActivation))
+      PrintOut(u"<== Activation: " + (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) +
+               u" : " + Activation->GetToken()->GetToFactsString() + u"\r\n");
+    Agenda->ExtractData(Activation);
+  }
   // The activation being fired stays alive for the firing code.
   return Activation != FCurrentAgendaItem;
 }
@@ -792,6 +805,10 @@ void TInferenceEngine::RunFiringLoop(int MaxFirings) {
         // and is freed once it has fired, or failed.
         TActivation* Activation = FAgenda->GetActivations(0);
         FCurrentAgendaItem = Activation;
+        if (Watching(cwRule))
+          PrintOut(Format(u"FIRE %d ", FStatNumRulesFired) +
+                   (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) + u" " +
+                   Activation->GetToken()->GetToFactsString() + u"\r\n");
         try {
           Activation->Fire();
         } catch (...) {

@@ -48,6 +48,7 @@ enum TTavoObjectType {
 
 using TModuleEvent = std::function<void(TObject* Sender, const IModule& Module)>;
 using TRuleEvent = std::function<void(TObject* Sender, TRule* Rule)>;
+using TAgendaEvent = std::function<void(TObject* Sender, int Index, TActivation* Activation)>;
 using TUserFunctionEvent = std::function<void(TObject* Sender, const IUserFunction& UserFunction)>;
 
 class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine, public IRuleEngine {
@@ -138,6 +139,8 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   IModule FocusRuleModule(StringView Module) override { return FocusFactSetModule(Module, false); }
   TRuleEvent OnAddRule;
   TRuleEvent OnRemoveRule;
+  TAgendaEvent OnAddActivation;
+  TAgendaEvent OnRemoveActivation;
   const IFact& GetNullFact() const override { return FNullFact; }
   TEngineVariables* GetStorage() const { return FStorage.get(); }
   TIOStreams* GetIOStreams() const { return FIOStreams.get(); }

@@ -230,6 +230,8 @@ void TRule::SetSalienceInteger(int Value) {
 
 int TRule::EvaluateSalience() {
   if (!FRuleEngine || !FRuleEngine->GetContext()) return FSalience;
+  // A number needs no scope: the common case costs nothing per activation.
+  if (FSalienceValue && FSalienceValue->GetDType() == dtInteger) return FSalience = FSalienceValue->GetAsInteger();
   std::unique_ptr<TTavoContext> Child(FRuleEngine->GetContext()->Push());
   ITavoValue Value;
   EvaluateInto(FSalienceValue, Child.get(), Value);

@@ -82,3 +82,16 @@
 (run)
 (retract 99)
 (modify 99 (kind 1))
+
+; What the watches show of the agenda and of firing.
+(clear)
+(deftemplate item (slot n))
+(defrule seen (item (n ?n)) => (printout t "seen " ?n crlf))
+(watch activations)
+(watch rules)
+(reset)
+(assert (item (n 1)))
+(assert (item (n 2)))
+(retract 1)
+(run)
+(unwatch all)
