@@ -91,6 +91,9 @@ class TActivationAgenda : public TPersistent {
   void Clear();
   // Each activation's text, one a line.
   String ToString() const override;
+  // The activations in agenda order.
+  auto begin() const { return FItems.begin(); }
+  auto end() const { return FItems.end(); }
 
  private:
   using TItems = std::list<TActivation*>;
