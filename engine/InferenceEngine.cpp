@@ -524,7 +524,8 @@ void TInferenceEngine::Clear(const IModule& Module) {
   FNullFact.Reset();
   FFactsPending->Clear();
   if (!IsDestroying()) {
-    CreateFactTemplate(SInitialFactPattern);
+    // The rules' initial pattern follows the template made anew.
+    Module->RenewInitialFactPattern(CreateFactTemplate(SInitialFactPattern));
     FNullFact = CreateFactTemplate(SNullFact)->NewFact();
     Module->ImportEngine();
   }

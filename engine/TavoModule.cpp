@@ -124,6 +124,11 @@ void TModule::Release() {
   FFactsPending.reset();
 }
 
+void TModule::RenewInitialFactPattern(const IFactTemplate& Template) {
+  FInitialFactPattern.reset(Template ? new TTavoPattern(nullptr, SInitialFactPattern, Template) : nullptr);
+  if (FEngine && FEngine->FCurrentModule.Get() == this) FEngine->FInitialFactPattern = FInitialFactPattern.get();
+}
+
 void TModule::Prepare() {
   if (FFacts) Release();
   Initialize();

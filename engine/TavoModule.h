@@ -90,6 +90,9 @@ class TModule : public TCloneableObject {
   TReteNetwork* GetRete() const { return FRete.get(); }
   TRules* GetRules() const { return FRules.get(); }
   TTavoPattern* GetInitialFactPattern() const { return FInitialFactPattern.get(); }
+  // A new pattern on the initial fact's template, after the templates were
+  // cleared; null drops it.
+  void RenewInitialFactPattern(const IFactTemplate& Template);
   const IFact& GetNullFact() const { return FNullFact; }
 
   // Makes the module the engine's current one, mirroring its objects there.

@@ -26,6 +26,8 @@
 (set-fact-duplication TRUE)
 (assert (pet (owner Dan) (kind fish)))
 (set-fact-duplication FALSE)
+; A duplicate that changes nothing is refused too.
+(duplicate 5 (kind fish))
 
 ; modify withdraws the old fact's activations and matches anew.
 (defrule grow ?p <- (person (name Dan) (age ?a&:(< ?a 33))) => (modify ?p (age (+ ?a 1))))
@@ -87,6 +89,8 @@
 (clear)
 (deftemplate item (slot n))
 (defrule seen (item (n ?n)) => (printout t "seen " ?n crlf))
+(defrule once-after-clear => (printout t "the initial fact matches after a clear" crlf))
+(defrule first-only (unique (item (n ?n))) (explicit (item (n ?m&~?n))) => (printout t "pair " ?n " " ?m crlf))
 (watch activations)
 (watch rules)
 (reset)
