@@ -27,6 +27,25 @@ constexpr const char16_t* PatternMatchTestNames[] = {u"pmtUnknown",
                                                      u"pmtTestMultiSlotMultiField",
                                                      u"pmtFailTest"};
 
+// A node's context holds the token and fact under test while a call of a
+// test runs, and lets go of them however the call ends.
+class TTestScope {
+ public:
+  TTestScope(TTavoContext* Context, TContextToken* Token, TContextFact* Fact) : FContext(Context) {
+    Context->SetToken(IContextToken(Token));
+    Context->SetFact(IContextFact(Fact));
+  }
+  ~TTestScope() {
+    FContext->SetToken(nullptr);
+    FContext->SetFact(nullptr);
+  }
+  TTestScope(const TTestScope&) = delete;
+  TTestScope& operator=(const TTestScope&) = delete;
+
+ private:
+  TTavoContext* FContext;
+};
+
 bool IsCall(const ITavoValue& Value) { return Value && Value->GetDType() == dtFunCall; }
 bool IsFuzzy(const ITavoValue& Value) { return Value && Value->GetDType() == dtFuzzy; }
 
@@ -129,21 +148,9 @@ bool TPatternMatchNode::ClassTypePasses(const TFact& Fact) const {
 }
 
 bool TPatternMatchNode::CallPasses(const IReteToken& Token) {
-  TTavoContext* Context = GetContext();
-  Context->SetToken(IContextToken(Token.Get()));
-  Context->SetFact(IContextFact(Token->GetFact().Get()));
-  bool IsFalseResult;
-  try {
-    ITavoValue Scratch;
-    IsFalseResult = tavo::Evaluate(FValue, Context, Scratch)->Equals(FCFalse);
-  } catch (...) {
-    Context->SetToken(nullptr);
-    Context->SetFact(nullptr);
-    throw;
-  }
-  Context->SetToken(nullptr);
-  Context->SetFact(nullptr);
-  return !IsFalseResult;
+  TTestScope Scope(GetContext(), Token.Get(), Token->GetFact().Get());
+  ITavoValue Scratch;
+  return !tavo::Evaluate(FValue, GetContext(), Scratch)->Equals(FCFalse);
 }
 
 void TPatternMatchNode::CallMultiField(const IReteToken& Token, TFact& Fact) {
@@ -338,18 +345,8 @@ bool TTestNode::RunTests(int Count) {
 
 bool TTestNode::CallNode(const IReteToken& Token, TCallType /*CallType*/) {
   if (Token->GetTag() != taClear) {
-    TTavoContext* Context = GetContext();
-    Context->SetToken(IContextToken(Token.Get()));
-    bool Passed;
-    try {
-      Passed = RunTests(int(FTests.size()));
-    } catch (...) {
-      Context->SetToken(nullptr);
-      throw;
-    }
-    // The token stays in the context after a failure until the next one.
-    if (!Passed) return false;
-    Context->SetToken(nullptr);
+    TTestScope Scope(GetContext(), Token.Get(), nullptr);
+    if (!RunTests(int(FTests.size()))) return false;
   }
   CallChildren(Token);
   return true;
@@ -445,21 +442,10 @@ bool TJoinNode::PairPasses(const TTavoToken& Left, TFact& Right) {
       if (!Test->Test(Left, Right)) return false;
     return true;
   }
-  TTavoContext* Context = GetContext();
-  Context->SetToken(IContextToken(const_cast<TTavoToken*>(&Left)));
-  Context->SetFact(IContextFact(&Right));
-  bool Passed = true;
-  try {
-    for (size_t I = 0; I < FTests.size() && Passed; ++I)
-      Passed = FJoinTests[I] ? FJoinTests[I]->Test(Left, Right) : FTests[I]->PerformTest(Context);
-  } catch (...) {
-    Context->SetToken(nullptr);
-    Context->SetFact(nullptr);
-    throw;
-  }
-  Context->SetToken(nullptr);
-  Context->SetFact(nullptr);
-  return Passed;
+  TTestScope Scope(GetContext(), const_cast<TTavoToken*>(&Left), &Right);
+  for (size_t I = 0; I < FTests.size(); ++I)
+    if (!(FJoinTests[I] ? FJoinTests[I]->Test(Left, Right) : FTests[I]->PerformTest(GetContext()))) return false;
+  return true;
 }
 
 IReteToken TJoinNode::Join(const IReteToken& Left, const IFact& Right, float Strength) {

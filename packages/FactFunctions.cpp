@@ -23,6 +23,14 @@ TTavoContext* Scope(TTavoContext* Context) {
   return Context;
 }
 
+// The fact that argument 0 names, or "No Such Fact" with what it gave.
+IFact FactArgument(TInferenceEngine& Engine, TFunctionCall& FunCall, TTavoContext* Context) {
+  ITavoValue Id = FunCall.EvaluateArgument(0, Context);
+  IFact Fact = FactOf(Engine, Id);
+  if (!Fact) throw ETavoException(Format(SNoSuchFact, Id ? Id->GetAsString() : String()));
+  return Fact;
+}
+
 ITavoValue IdResult(int Id) { return Id == -1 ? FCFalse : Make<TTavoValue>(Id, dtFactId); }
 
 // The (slot value) pairs of arguments 1 on, resolved and stored in Fact.
@@ -114,9 +122,7 @@ void TModifyFunction::InitMetaData() {
 void TModifyFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  ITavoValue Id = FunCall.EvaluateArgument(0, Context);
-  IFact Fact = FactOf(Engine, Id);
-  if (!Fact) throw ETavoException(Format(SNoSuchFact, Id ? Id->GetAsString() : String()));
+  IFact Fact = FactArgument(Engine, FunCall, Context);
   Engine.BeginFactModify(Fact);
   try {
     ChangeSlots(FunCall, Scope(Context), Fact);
@@ -136,9 +142,7 @@ void TDuplicateFunction::InitMetaData() {
 void TDuplicateFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  ITavoValue Id = FunCall.EvaluateArgument(0, Context);
-  IFact Fact = FactOf(Engine, Id);
-  if (!Fact) throw ETavoException(Format(SNoSuchFact, Id ? Id->GetAsString() : String()));
+  IFact Fact = FactArgument(Engine, FunCall, Context);
   IFact Copy = Fact->CloneFact();
   ChangeSlots(FunCall, Scope(Context), Copy);
   Result = IdResult(Engine.Assert(Copy, false));
@@ -153,9 +157,7 @@ void TGetSlotValueFunction::InitMetaData() {
 void TGetSlotValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  ITavoValue Id = FunCall.EvaluateArgument(0, Context);
-  IFact Fact = FactOf(Engine, Id);
-  if (!Fact) throw ETavoException(Format(SNoSuchFact, Id ? Id->GetAsString() : String()));
+  IFact Fact = FactArgument(Engine, FunCall, Context);
   String Name = FunCall.GetArgumentCount() > 1 ? FunCall.Argument(1, Context)->GetAsString() : String(SDefaultSlotName);
   Result = Fact->GetValue(Name);
 }
