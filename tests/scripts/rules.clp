@@ -28,6 +28,10 @@
 (set-fact-duplication FALSE)
 ; A duplicate that changes nothing is refused too.
 (duplicate 5 (kind fish))
+(get-fact-duplication)
+(get-slot-value 4 kind)
+(assert-string "(pet (owner Quin) (kind cat))")
+(retract-string "(pet (owner Quin) (kind cat))")
 
 ; modify withdraws the old fact's activations and matches anew.
 (defrule grow ?p <- (person (name Dan) (age ?a&:(< ?a 33))) => (modify ?p (age (+ ?a 1))))
@@ -36,8 +40,8 @@
 
 ; A retraction withdraws a pending activation.
 (defrule never (pet (owner Eve)) => (printout t "never printed" crlf))
-(assert (pet (owner Eve) (kind bird)))
-(retract 9)
+(bind ?bird (assert (pet (owner Eve) (kind bird))))
+(retract ?bird)
 (run)
 
 ; A rule of the same name replaces the old one.
