@@ -137,5 +137,17 @@ TEST_F(TRuleParsingTest, AHostParsesARuleOrItsSidesAlone) {
   EXPECT_EQ(Side->GetCompilation(), u"sides: +2+t");
 }
 
+// A fuzzy slot's constraint is one fuzzy value, made from the words of the
+// slot's fuzzy type; the parser reads it once fuzzy sets exist. Until then
+// such a pattern fails with a clear message, and this test waits.
+TEST_F(TRuleParsingTest, DISABLED_AFuzzySlotTakesItsConstraintAsOneFuzzyValue) {
+  Engine.Parse(u"(deftype temperature FUZZY 0 100 (terms (hot (50 0) (100 1))))"
+               u"(deftemplate reading (slot temp (type temperature)))");
+  TRule* R = Rule(u"(defrule r (reading (temp very hot)) =>)");
+  TTavoPattern* P = R->GetPattern(0);
+  ASSERT_EQ(P->GetSlotTestCount(P->IndexOfSlotName(u"temp")), 1);
+  EXPECT_EQ(P->GetSlotTest(P->IndexOfSlotName(u"temp"), 0)->GetSlotValue()->GetDType(), dtFuzzy);
+}
+
 }  // namespace
 }  // namespace tavo
