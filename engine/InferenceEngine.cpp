@@ -155,7 +155,7 @@ TObject* TInferenceEngine::CreateTavoObject(TTavoObjectType Kind, TModule* Modul
     case otIOStreams:
       return new TIOStreams(this);
     case otAgenda:
-      return new TActivationAgenda();
+      return new TTavoAgenda(Module, this);
     case otRules:
       return new TRules(this, Module);
     case otReteNetwork: {
@@ -684,8 +684,6 @@ TActivationAgenda* AgendaOf(TActivation* Activation, TActivationAgenda* Current)
 
 void TInferenceEngine::AddActivation(TActivation* Activation) {
   if (TRule* Rule = Activation->GetRule()) Rule->EvaluateSalience();
-  // Placing by salience and strategy comes with the agenda's ordering;
-  // until then an activation goes to the end of its module's agenda.
   int Index = AgendaOf(Activation, FAgenda)->Add(Activation);
   if (Watching(cwActivation)) PrintOut(u"==> Activation: " + Activation->ToString() + u"\r\n");
   if (OnAddActivation) OnAddActivation(this, Index, Activation);

@@ -300,7 +300,10 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   void SetParserMaxErrors(int Value) { FParserMaxErrors = Value; }
   bool GetResetGlobals() const { return FResetGlobals; }
   void SetResetGlobals(bool Value) { FResetGlobals = Value; }
-  TSearchStrategy GetStrategy() const { return FStrategy; }
+  TSearchStrategy GetStrategy() const override { return FStrategy; }
+  // Where an activation of that salience goes on the current agenda; -1
+  // for the end.
+  int SearchSalience(int Salience) const { return FAgenda ? tavo::SearchSalience(*FAgenda, Salience, FStrategy) : -1; }
   virtual void SetStrategy(TSearchStrategy Value);
   TTypeChecks GetTypeChecks() const override { return FTypeChecks; }
   void SetTypeChecks(TTypeChecks Value) { FTypeChecks = Value; }

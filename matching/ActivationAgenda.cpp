@@ -1,6 +1,7 @@
 #include "matching/ActivationAgenda.h"
 
 #include "knowledge/TavoRule.h"
+#include "matching/ReteNetwork.h"
 #include "matching/ReteNodes.h"
 
 namespace tavo {
@@ -47,48 +48,155 @@ String TActivation::ToString() const {
 
 // TActivationAgenda
 
-TActivationAgenda::TItems::const_iterator TActivationAgenda::At(int Index) const {
-  if (Index <= Count() / 2) return std::next(FItems.begin(), Index);
-  return std::prev(FItems.end(), Count() - Index);
+struct TActivationAgenda::TNode {
+  TActivation* Activation;
+  int Salience;
+  uint32_t Priority;
+  int Size = 1;
+  TNode* Left = nullptr;
+  TNode* Right = nullptr;
+  TNode* Parent = nullptr;
+};
+
+TActivation* TActivationAgenda::TIterator::operator*() const { return FNode->Activation; }
+
+TActivationAgenda::TIterator& TActivationAgenda::TIterator::operator++() {
+  // In order: the leftmost of the right subtree, or up past right children.
+  if (FNode->Right) {
+    FNode = FNode->Right;
+    while (FNode->Left) FNode = FNode->Left;
+    return *this;
+  }
+  const TNode* Child = FNode;
+  FNode = FNode->Parent;
+  while (FNode && FNode->Right == Child) {
+    Child = FNode;
+    FNode = FNode->Parent;
+  }
+  return *this;
 }
 
-TActivation* TActivationAgenda::GetActivations(int Index) const { return *At(Index); }
+TActivationAgenda::TIterator TActivationAgenda::begin() const {
+  const TNode* Node = FRoot;
+  while (Node && Node->Left) Node = Node->Left;
+  return TIterator(Node);
+}
+
+int TActivationAgenda::Size(const TNode* Node) { return Node ? Node->Size : 0; }
+
+void TActivationAgenda::Update(TNode* Node) {
+  Node->Size = 1 + Size(Node->Left) + Size(Node->Right);
+  if (Node->Left) Node->Left->Parent = Node;
+  if (Node->Right) Node->Right->Parent = Node;
+}
+
+void TActivationAgenda::Split(TNode* Tree, int Count, TNode*& Left, TNode*& Right) {
+  if (!Tree) {
+    Left = Right = nullptr;
+    return;
+  }
+  if (Size(Tree->Left) < Count) {
+    Split(Tree->Right, Count - Size(Tree->Left) - 1, Tree->Right, Right);
+    Left = Tree;
+  } else {
+    Split(Tree->Left, Count, Left, Tree->Left);
+    Right = Tree;
+  }
+  Update(Tree);
+  if (Left) Left->Parent = nullptr;
+  if (Right) Right->Parent = nullptr;
+}
+
+TActivationAgenda::TNode* TActivationAgenda::Merge(TNode* Left, TNode* Right) {
+  if (!Left || !Right) return Left ? Left : Right;
+  if (Left->Priority > Right->Priority) {
+    Left->Right = Merge(Left->Right, Right);
+    Update(Left);
+    return Left;
+  }
+  Right->Left = Merge(Left, Right->Left);
+  Update(Right);
+  return Right;
+}
+
+const TActivationAgenda::TNode* TActivationAgenda::At(int Index) const {
+  const TNode* Node = FRoot;
+  while (Node) {
+    int LeftSize = Size(Node->Left);
+    if (Index < LeftSize) {
+      Node = Node->Left;
+    } else if (Index == LeftSize) {
+      return Node;
+    } else {
+      Index -= LeftSize + 1;
+      Node = Node->Right;
+    }
+  }
+  throw EMekException(Format(SListIndexError, Index));
+}
+
+int TActivationAgenda::RankOf(const TNode* Node) {
+  int Rank = Size(Node->Left);
+  for (const TNode* Child = Node; Child->Parent; Child = Child->Parent)
+    if (Child->Parent->Right == Child) Rank += Size(Child->Parent->Left) + 1;
+  return Rank;
+}
+
+TActivationAgenda::TNode* TActivationAgenda::NodeOf(const TActivation* Activation) const {
+  auto* Node = static_cast<TNode*>(Activation->FAgendaEntry);
+  // An entry of another agenda is not this one's.
+  if (!Node) return nullptr;
+  const TNode* Top = Node;
+  while (Top->Parent) Top = Top->Parent;
+  return Top == FRoot ? Node : nullptr;
+}
+
+TActivation* TActivationAgenda::GetActivations(int Index) const { return At(Index)->Activation; }
 
 int TActivationAgenda::FindInsertion(TActivation* /*Activation*/) { return -1; }
 
 int TActivationAgenda::Add(TActivation* Activation) {
   int Index = FindInsertion(Activation);
-  if (Index < 0 || Index >= Count()) {
-    FWhere[Activation] = FItems.insert(FItems.end(), Activation);
-    return Count() - 1;
-  }
-  FWhere[Activation] = FItems.insert(At(Index), Activation);
+  if (Index < 0 || Index > Count()) Index = Count();
+  FSeed ^= FSeed << 13;
+  FSeed ^= FSeed >> 17;
+  FSeed ^= FSeed << 5;
+  auto* Node = new TNode{Activation, Activation->GetRule() ? Activation->GetRule()->GetSalience() : 0, FSeed};
+  Activation->FAgendaEntry = Node;
+  TNode *Left, *Right;
+  Split(FRoot, Index, Left, Right);
+  FRoot = Merge(Merge(Left, Node), Right);
+  FRoot->Parent = nullptr;
   return Index;
 }
 
 int TActivationAgenda::IndexOfData(const TActivation* Activation) const {
-  if (!Contains(Activation)) return -1;
-  int Index = 0;
-  for (TActivation* Item : FItems) {
-    if (Item == Activation) return Index;
-    ++Index;
-  }
-  return -1;
+  const TNode* Node = NodeOf(Activation);
+  return Node ? RankOf(Node) : -1;
+}
+
+bool TActivationAgenda::Contains(const TActivation* Activation) const { return NodeOf(Activation) != nullptr; }
+
+void TActivationAgenda::Unlink(TNode* Node) {
+  TNode *Left, *Middle, *Right;
+  Split(FRoot, RankOf(Node), Left, Middle);
+  Split(Middle, 1, Middle, Right);
+  FRoot = Merge(Left, Right);
+  if (FRoot) FRoot->Parent = nullptr;
+  Node->Activation->FAgendaEntry = nullptr;
+  delete Node;
 }
 
 TActivation* TActivationAgenda::Extract(int Index) {
-  auto Item = At(Index);
-  TActivation* Activation = *Item;
-  FWhere.erase(Activation);
-  FItems.erase(Item);
+  TActivation* Activation = At(Index)->Activation;
+  Unlink(static_cast<TNode*>(Activation->FAgendaEntry));
   return Activation;
 }
 
 bool TActivationAgenda::ExtractData(TActivation* Activation) {
-  auto Found = FWhere.find(Activation);
-  if (Found == FWhere.end()) return false;
-  FItems.erase(Found->second);
-  FWhere.erase(Found);
+  TNode* Node = NodeOf(Activation);
+  if (!Node) return false;
+  Unlink(Node);
   return true;
 }
 
@@ -98,17 +206,79 @@ void TActivationAgenda::Delete(int Index) {
 }
 
 void TActivationAgenda::Clear() {
-  TItems Items;
-  Items.swap(FItems);
-  FWhere.clear();
+  // Every entry leaves before any activation is freed.
+  std::vector<TActivation*> Items;
+  Items.reserve(size_t(Count()));
+  std::vector<TNode*> Pending;
+  if (FRoot) Pending.push_back(FRoot);
+  std::vector<TNode*> Nodes;
+  for (TActivation* Activation : *this) Items.push_back(Activation);
+  while (!Pending.empty()) {
+    TNode* Node = Pending.back();
+    Pending.pop_back();
+    if (Node->Left) Pending.push_back(Node->Left);
+    if (Node->Right) Pending.push_back(Node->Right);
+    Node->Activation->FAgendaEntry = nullptr;
+    delete Node;
+  }
+  FRoot = nullptr;
   if (FFreeData)
     for (TActivation* Activation : Items) delete Activation;
 }
 
+String TActivationAgenda::GetString(int Index) const {
+  const TNode* Node = At(Index);
+  const TActivation* Activation = Node->Activation;
+  return IntToStr(Node->Salience) + u" " +
+         (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) + u" : " +
+         Activation->GetToken()->GetToFactsString() + u" (" +
+         Format(u"%.4f", double(Activation->GetStrength())) + u")";
+}
+
 String TActivationAgenda::ToString() const {
   String Result;
-  for (TActivation* Activation : FItems) Result += Activation->ToString() + u"\r\n";
+  for (int I = 0; I < Count(); ++I) Result += GetString(I) + u"\r\n";
   return Result;
+}
+
+// Placing by salience
+
+int SearchSalience(const TActivationAgenda& Agenda, int Salience, TSearchStrategy Strategy) {
+  const int Count = Agenda.Count();
+  if (Count == 0) return -1;
+  auto At = [&Agenda](int Index) {
+    TRule* Rule = Agenda.GetActivations(Index)->GetRule();
+    return Rule ? Rule->GetSalience() : 0;
+  };
+  const int First = At(0);
+  const int Last = At(Count - 1);
+  if (Strategy == ssDepthFirst) {
+    // Ahead of all equals when the top is one.
+    if (First <= Salience) return 0;
+    if (Last > Salience) return -1;
+  } else {
+    // Behind all equals when the end is one.
+    if (Last >= Salience) return -1;
+    if (First < Salience) return 0;
+  }
+  int Low = 0, High = Count - 1;
+  while (Low <= High) {
+    int Mid = (Low + High) / 2;
+    int Probe = At(Mid);
+    if (Salience > Probe)
+      High = Mid - 1;
+    else if (Salience < Probe)
+      Low = Mid + 1;
+    else
+      return Mid;
+  }
+  return High + 1;
+}
+
+int TTavoAgenda::FindInsertion(TActivation* Activation) {
+  if (Count() == 0 || !FEngine) return -1;
+  return SearchSalience(*this, Activation->GetRule() ? Activation->GetRule()->GetSalience() : 0,
+                        FEngine->GetStrategy());
 }
 
 }  // namespace tavo

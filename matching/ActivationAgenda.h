@@ -2,10 +2,9 @@
 // node that holds it and placed by the engine.
 #pragma once
 
-#include <list>
-#include <unordered_map>
-
 #include "common/MekGenerics.h"
+#include "core/TavoConsts.h"
+#include "core/TavoInterfaces.h"
 #include "matching/TavoToken.h"
 
 namespace tavo {
@@ -53,22 +52,26 @@ class TActivation : public TPersistent {
   TActivation* FNodeNext = nullptr;
   uint64_t FNodeSequence = 0;
   bool FInNode = false;
+  // The agenda entry that holds the activation, if any.
+  friend class TActivationAgenda;
+  void* FAgendaEntry = nullptr;
 };
 
 using TActivationEvent = std::function<void(TObject* Sender, TActivation* Activation)>;
 
 // The activations of one module in agenda order. The agenda owns them: an
-// entry deleted frees its activation while FreeData holds. An activation is
-// found in one step, so that withdrawing one costs nothing per entry; texts
-// are made only when asked for.
+// entry deleted frees its activation while FreeData holds. Entries sit in a
+// tree ordered by position that knows the size of each subtree, so that an
+// index, an insertion at an index and the withdrawal of an activation each
+// cost a logarithm of the agenda's length. An entry keeps the salience its
+// rule had when it was placed; its text is made only when asked for.
 class TActivationAgenda : public TPersistent {
   TAVO_CLASS(TActivationAgenda, TPersistent)
  public:
   TActivationAgenda() = default;
   ~TActivationAgenda() override { Clear(); }
 
-  int Count() const { return int(FItems.size()); }
-  // By a walk from the nearer end; index 0 is one step.
+  int Count() const { return Size(FRoot); }
   TActivation* GetActivations(int Index) const;
   bool GetFreeData() const { return FFreeData; }
   void SetFreeData(bool Value) { FFreeData = Value; }
@@ -79,7 +82,7 @@ class TActivationAgenda : public TPersistent {
   int Add(TActivation* Activation);
   // The index of that very activation, or -1.
   int IndexOfData(const TActivation* Activation) const;
-  bool Contains(const TActivation* Activation) const { return FWhere.count(Activation) > 0; }
+  bool Contains(const TActivation* Activation) const;
   // Takes the entry out and hands its activation, alive, to the caller.
   TActivation* Extract(int Index);
   // The same by the activation; FALSE when the agenda does not hold it.
@@ -89,19 +92,63 @@ class TActivationAgenda : public TPersistent {
   // find its entry gone.
   void Delete(int Index);
   void Clear();
-  // Each activation's text, one a line.
+  // The entry's text: the salience at its placing, the rule's name, the
+  // token's facts and the strength.
+  String GetString(int Index) const;
+  // Each entry's text, one a line.
   String ToString() const override;
+
+  struct TNode;
   // The activations in agenda order.
-  auto begin() const { return FItems.begin(); }
-  auto end() const { return FItems.end(); }
+  class TIterator {
+   public:
+    explicit TIterator(const TNode* Node) : FNode(Node) {}
+    TActivation* operator*() const;
+    TIterator& operator++();
+    bool operator!=(const TIterator& Other) const { return FNode != Other.FNode; }
+
+   private:
+    const TNode* FNode;
+  };
+  TIterator begin() const;
+  TIterator end() const { return TIterator(nullptr); }
 
  private:
-  using TItems = std::list<TActivation*>;
-  TItems::const_iterator At(int Index) const;
+  static int Size(const TNode* Node);
+  static void Update(TNode* Node);
+  static void Split(TNode* Tree, int Count, TNode*& Left, TNode*& Right);
+  static TNode* Merge(TNode* Left, TNode* Right);
+  const TNode* At(int Index) const;
+  static int RankOf(const TNode* Node);
+  TNode* NodeOf(const TActivation* Activation) const;
+  void Unlink(TNode* Node);
 
-  TItems FItems;
-  std::unordered_map<const TActivation*, TItems::iterator> FWhere;
+  TNode* FRoot = nullptr;
+  uint32_t FSeed = 2463534242u;
   bool FFreeData = true;
+};
+
+// Where an activation of that salience goes in Agenda under Strategy, or
+// -1 for the end: the list runs by descending salience, and a binary search
+// that stops at the first equal entry it probes places a new one among its
+// equals. Saliences are read from the rules as they stand now.
+int SearchSalience(const TActivationAgenda& Agenda, int Salience, TSearchStrategy Strategy);
+
+class IReteEngine;
+
+// The agenda of a module: an activation goes where the engine's strategy
+// places it among the saliences. Without an engine it keeps arrival order.
+class TTavoAgenda : public TActivationAgenda {
+  TAVO_CLASS(TTavoAgenda, TActivationAgenda)
+ public:
+  TTavoAgenda(TModule* Module = nullptr, IReteEngine* Engine = nullptr) : FModule(Module), FEngine(Engine) {}
+  TModule* GetModule() const { return FModule; }
+  IReteEngine* GetEngine() const { return FEngine; }
+  int FindInsertion(TActivation* Activation) override;
+
+ private:
+  TModule* FModule;
+  IReteEngine* FEngine;
 };
 
 }  // namespace tavo

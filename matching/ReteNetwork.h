@@ -32,6 +32,8 @@ class IReteEngine {
   virtual std::vector<IFact> GetNetworkFacts(const TReteNetwork* Network) const = 0;
   // Whether a name not bound by a rule is a global variable.
   virtual bool IsGlobalVariableName(StringView Name) const = 0;
+  // How activations of equal salience are ordered on the agendas.
+  virtual TSearchStrategy GetStrategy() const = 0;
 
  protected:
   ~IReteEngine() = default;
