@@ -16,6 +16,24 @@ class TShowFactsFunction : public TTavoUserFunction {
   using TTavoUserFunction::Call;
 };
 
+// agenda: the activations of a module, or of all ("*"), in agenda order.
+class TAgendaFunction : public TTavoUserFunction {
+  TAVO_CLASS(TAgendaFunction, TTavoUserFunction)
+ public:
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+};
+
+// list-defrules: the names of the rules of a module, or of all ("*").
+class TListRulesFunction : public TTavoUserFunction {
+  TAVO_CLASS(TListRulesFunction, TTavoUserFunction)
+ public:
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+};
+
 class TMiscPackage : public TUserPackage {
   TAVO_CLASS(TMiscPackage, TUserPackage)
  public:
