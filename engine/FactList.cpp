@@ -19,6 +19,7 @@ bool TFacts::IsForeign(const IFact& Fact) const {
 void TFacts::CreateCache() {
   FCache = std::make_unique<TMekDictionary<int32_t, IFact>>(std::max(FItems.Count(), 101));
   FFuzzyCache = std::make_unique<TInterfaceList<TFact>>();
+  FCollisions.clear();
   for (const IFact& Fact : FItems) CacheAdd(Fact);
 }
 
@@ -28,6 +29,7 @@ void TFacts::SetCacheHashCodes(bool Value) {
   if (FCache) {
     FCache.reset();
     FFuzzyCache.reset();
+    FCollisions.clear();
   } else {
     CreateCache();
   }
@@ -42,7 +44,12 @@ void TFacts::CacheAdd(const IFact& Fact) {
     FKnownFact = nullptr;
     // Kept with the fact: it leaves the cache under the hash it entered by.
     Fact->SetListedHash(Hash);
-    FCache->AddOrSetValue(Hash, Fact);  // the last of equal hashes wins
+    // A fact whose hash is taken by another waits beside the cache, so that
+    // a collision never makes a different fact a duplicate.
+    if (const IFact* Cached = FCache->Find(Hash); Cached && *Cached != Fact)
+      FCollisions.push_back(Fact);
+    else
+      FCache->AddOrSetValue(Hash, Fact);
   }
 }
 
@@ -53,8 +60,23 @@ void TFacts::CacheRemove(const IFact& Fact) {
     return;
   }
   int32_t Hash = Fact->GetListedHash();
-  // Only this very fact's entry goes: an equal fact may stand under the hash.
-  if (const IFact* Cached = FCache->Find(Hash); Cached && *Cached == Fact) FCache->Remove(Hash);
+  // Only this very fact's entry goes; a fact waiting under the same hash
+  // takes its place, so that every hash of the overflow stays in the cache.
+  if (const IFact* Cached = FCache->Find(Hash); Cached && *Cached == Fact) {
+    FCache->Remove(Hash);
+    for (size_t I = 0; I < FCollisions.size(); ++I)
+      if (FCollisions[I]->GetListedHash() == Hash) {
+        FCache->AddOrSetValue(Hash, FCollisions[I]);
+        FCollisions.erase(FCollisions.begin() + std::ptrdiff_t(I));
+        break;
+      }
+  } else {
+    for (size_t I = 0; I < FCollisions.size(); ++I)
+      if (FCollisions[I] == Fact) {
+        FCollisions.erase(FCollisions.begin() + std::ptrdiff_t(I));
+        break;
+      }
+  }
 }
 
 int TFacts::Add(const IFact& Fact) {
@@ -111,6 +133,7 @@ void TFacts::Clear() {
   if (FCacheHashCodes) {
     FCache->Clear();
     FFuzzyCache->Clear();
+    FCollisions.clear();
   }
   FItems.Clear();
   FMaxID = 0;
@@ -171,7 +194,11 @@ int TFacts::FindFact(const IFact& Fact, int32_t Hash) const {
       return -1;
     }
     const IFact* Cached = FCache->Find(Hash);
-    return Cached ? IndexOf(*Cached) : -1;
+    if (!Cached) return -1;
+    if ((*Cached)->Equals(Fact.Get())) return IndexOf(*Cached);
+    for (const IFact& Waiting : FCollisions)
+      if (Waiting->GetListedHash() == Hash && Waiting->Equals(Fact.Get())) return IndexOf(Waiting);
+    return -1;
   }
   for (int I = 0; I < Count(); ++I)
     if (FItems.Get(I)->Equals(Fact.Get())) return I;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "common/MekHashTables.h"
 #include "common/MekInterfaceList.h"
@@ -89,6 +90,8 @@ class TFacts : public TPersistent {
   int32_t FKnownHash = 0;
   std::unique_ptr<TMekDictionary<int32_t, IFact>> FCache;
   std::unique_ptr<TInterfaceList<TFact>> FFuzzyCache;
+  // Facts whose hash another fact of the cache holds; rare, so a plain list.
+  std::vector<IFact> FCollisions;
   TModule* FModule;
   TInferenceEngine* FEngine;
 };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unordered_map>
+
 #include "tests/TestSupport.h"
 
 namespace tavo {
@@ -108,6 +110,29 @@ TEST(EngineCollectionsTest, AssertRefusesDuplicatesUnlessAllowed) {
   Engine.Retract(1);
   EXPECT_EQ(Printed, u" ==> f-1 (a 1)\r\n ==> f-2 (a 1)\r\n <== f-1 (a 1)\r\n");
   EXPECT_EQ(FailureOf([&] { Engine.Assert(Make<TFact>()); }), u"Fact Template is missing");
+}
+
+TEST(EngineCollectionsTest, FactsOfEqualHashAreNoDuplicatesOfEachOther) {
+  TInferenceEngine Engine;
+  // Two different facts of one hash, found by search.
+  std::unordered_map<int32_t, int> Seen;
+  int First = -1, Second = -1;
+  for (int I = 0; Second < 0; ++I) {
+    auto [Where, Added] = Seen.emplace(OrderedFact(Engine, u"a", {I})->GetHashCode(), I);
+    if (!Added) First = Where->second, Second = I;
+  }
+  ASSERT_GE(Engine.Assert(OrderedFact(Engine, u"a", {First})), 0);
+  ASSERT_GE(Engine.Assert(OrderedFact(Engine, u"a", {Second})), 0);
+  EXPECT_EQ(Engine.Assert(OrderedFact(Engine, u"a", {Second})), -1);
+  EXPECT_EQ(Engine.Assert(OrderedFact(Engine, u"a", {First})), -1);
+  // Either may go first; the other is still known as itself.
+  Engine.Retract(OrderedFact(Engine, u"a", {First}));
+  EXPECT_EQ(Engine.Assert(OrderedFact(Engine, u"a", {Second})), -1);
+  EXPECT_GE(Engine.Assert(OrderedFact(Engine, u"a", {First})), 0);
+  Engine.Retract(OrderedFact(Engine, u"a", {Second}));
+  EXPECT_EQ(Engine.Assert(OrderedFact(Engine, u"a", {First})), -1);
+  EXPECT_GE(Engine.Assert(OrderedFact(Engine, u"a", {Second})), 0);
+  EXPECT_EQ(Engine.GetFacts()->Count(), 3);
 }
 
 TEST(EngineCollectionsTest, HostChangesToTheFactListGoThroughTheEngine) {
