@@ -99,6 +99,9 @@ class TRule : public TComponent {
   bool GetHasFired() const { return FHasFired; }
   bool GetEnabled() const { return FEnabled; }
   void SetEnabled(bool Value);
+  // The flag alone, with no change notice: for a rule that must stay
+  // compiled, as the firing one under guard.
+  void SetEnabledFlag(bool Value) { FEnabled = Value; }
   bool GetAutoFocus() const { return FAutoFocus; }
   void SetAutoFocus(bool Value) { FAutoFocus = Value; }
   const String& GetCompilation() const { return FCompilation; }

@@ -6,6 +6,7 @@
 #include "engine/FactList.h"
 #include "engine/InferenceEngine.h"
 #include "engine/TavoModule.h"
+#include "matching/ActivationAgenda.h"
 
 namespace tavo {
 
@@ -23,7 +24,8 @@ namespace {
 // module named by the first argument, or of all of them ("*", each under
 // its name), then the total. Lines gives one module's lines.
 void PrintListing(TInferenceEngine& Engine, const String& ModuleName, bool Sorted, const String& Total,
-                  const std::function<std::vector<String>(TModule& Module, bool Current)>& Lines) {
+                  const std::function<std::vector<String>(TModule& Module, bool Current)>& Lines,
+                  const String& OutID = String()) {
   std::vector<IModule> Modules;
   if (ModuleName == u"*")
     for (int I = 0; I < Engine.GetModules().Count(); ++I) Modules.push_back(Engine.GetModules().Get(I));
@@ -44,7 +46,16 @@ void PrintListing(TInferenceEngine& Engine, const String& ModuleName, bool Sorte
       for (const String& Line : Items) Text += Line + u"\r\n";
     }
   }
-  Engine.PrintOut(Text + Format(Total, Count) + u"\r\n");
+  Engine.PrintOut(OutID, Text + Format(Total, Count) + u"\r\n");
+}
+
+// The names a construct table holds, imported ones among them.
+template <class T>
+std::vector<String> Names(const TConstructTable<T>* Table) {
+  std::vector<String> Result;
+  if (Table)
+    for (const auto& Item : *Table) Result.push_back(Item.Key);
+  return Result;
 }
 
 // The module named by argument Index, if it is given.
@@ -127,11 +138,441 @@ void TListRulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCNil;
 }
 
+// The rest of the listing family: one module's constructs, or every module's.
+
+void TListDefTypesFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"list-deftypes",
+              u"Prints the names of the defined types of the current module, of the named one or of all (*)",
+              u"[<module-name-expression>|*]", 0, 1);
+}
+
+void TListDefTypesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d deftypes.",
+               [&](TModule& Module, bool Current) {
+                 return Names(Current ? Engine.GetDefinedTypes() : Module.GetDefinedTypes());
+               });
+  Result = FCNil;
+}
+
+void TListFactSetsFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"list-deffacts",
+              u"Prints the names of the fact sets of the current module, of the named one or of all (*)",
+              u"[<module-name-expression>|*]", 0, 1);
+}
+
+void TListFactSetsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d deffacts.",
+               [&](TModule& Module, bool Current) {
+                 std::vector<String> Lines;
+                 if (TFactSets* Sets = Current ? Engine.GetFactSets() : Module.GetFactSets())
+                   for (const TFactSet* Set : *Sets) Lines.push_back(Set->GetFactSetName());
+                 return Lines;
+               });
+  Result = FCNil;
+}
+
+void TListTemplatesFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"list-deftemplates",
+              u"Prints the names of the fact templates of the current module, of the named one or of all (*)",
+              u"[<module-name-expression>|*]", 0, 1);
+}
+
+void TListTemplatesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d deftemplates.",
+               [&](TModule& Module, bool Current) {
+                 // Without the templates every module has for the engine's
+                 // own facts: they were never defined by anyone.
+                 std::vector<String> Lines = Names(Current ? Engine.GetFactTemplates() : Module.GetFactTemplates());
+                 std::erase_if(Lines, [](const String& Name) {
+                   return SameText(Name, SInitialFactPattern) || SameText(Name, SNullFact);
+                 });
+                 return Lines;
+               });
+  Result = FCNil;
+}
+
+void TListFunctionsFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"list-deffunctions", u"Prints the names of the functions defined by deffunction", u"", 0, 0);
+}
+
+void TListFunctionsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  // Only what deffunction made: the built-in functions are the same in
+  // every engine, and would bury the user's few.
+  PrintListing(Engine, String(), true, u"for a total of %d deffunctions.", [&](TModule&, bool) {
+    std::vector<String> Lines;
+    if (TUserFunctions* Functions = Engine.GetUserFunctions())
+      for (const auto& Item : *Functions)
+        if (dynamic_cast<const TInterpretedFunction*>(Item.Value.Get())) Lines.push_back(Item.Key);
+    return Lines;
+  });
+  Result = FCNil;
+}
+
+void TListDefModulesFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"list-defmodules", u"Prints the names of the modules", u"", 0, 0);
+}
+
+void TListDefModulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  // In the engine's order, MAIN first: a module comes after those it imports.
+  PrintListing(Engine, String(), false, u"for a total of %d defmodules.", [&](TModule&, bool) {
+    std::vector<String> Lines;
+    for (int I = 0; I < Engine.GetModules().Count(); ++I) Lines.push_back(Engine.GetModules().Get(I)->GetName());
+    return Lines;
+  });
+  Result = FCNil;
+}
+
+void TListFocusStackFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"list-focus-stack", u"Prints the modules of the focus stack, the top first", u"", 0, 0);
+}
+
+void TListFocusStackFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  // A stack is read for its order, not counted: names only, no total.
+  String Text;
+  const TModules& Stack = Engine.GetFocusStack();
+  for (int I = 0; I < Stack.Count(); ++I) Text += Stack.Get(I)->GetName() + u"\r\n";
+  if (!Text.empty()) Engine.PrintOut(Text);
+  Result = FCNil;
+}
+
+void TShowRulesFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"rules", u"Prints the rules of the current module to the logical name, t by default",
+              u"[<logical-name>]", 0, 1);
+}
+
+void TShowRulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  const String OutID = FunCall.GetArgumentCount() > 0 ? FunCall.Argument(0, Context)->GetAsString() : String();
+  // In the order they were defined, as a knowledge base is read.
+  PrintListing(
+      Engine, String(), false, u"For a total of %d rules.",
+      [&](TModule&, bool) {
+        std::vector<String> Lines;
+        TRules* Rules = Engine.GetRules();
+        for (int I = 0; Rules && I < Rules->Count(); ++I) Lines.push_back(Rules->Get(I)->ToString());
+        return Lines;
+      },
+      OutID);
+  Result = FCNil;
+}
+
+void TListVariablesFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  if (FType == lvDefGlobals)
+    SetMetaData(u"list-defglobals", u"Prints the global variables and their values", u"", 0, 0);
+  else
+    SetMetaData(u"list-bindings", u"Prints the variables bound where the call runs, and their values", u"", 0, 0);
+}
+
+void TListVariablesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  auto Line = [](StringView Name, const ITavoValue& Value) {
+    return TrimRight(u"?" + String(Name) + u" = " + (Value ? Value->GetToString() : String(u"nil")));
+  };
+  PrintListing(Engine, String(), true, u"for a total of %d bindings.", [&](TModule&, bool) {
+    std::vector<String> Lines;
+    if (FType == lvDefGlobals) {
+      // The values they hold now, which a reset may give back.
+      TGlobalVariables* Globals = Engine.GetGlobalVariables();
+      TTavoContext* Global = Engine.GetContext();
+      if (Globals)
+        for (const auto& Item : *Globals) {
+          TBinding* Binding = Global ? Global->FindBinding(Item.Key) : nullptr;
+          Lines.push_back(Line(Item.Key, Binding ? Binding->GetValue() : Item.Value));
+        }
+      return Lines;
+    }
+    // Scope by scope outwards; an inner binding hides an outer one of the
+    // name. The firing rule's name, bound for the engine's own use, is no
+    // variable of the user's.
+    std::vector<String> Seen;
+    auto Take = [&](const TBinding& Binding) {
+      StringView Name = Binding.GetName();
+      if (!Binding.GetValue() || Name == SRuleBinding) return;
+      if (std::find(Seen.begin(), Seen.end(), Name) != Seen.end()) return;
+      Seen.emplace_back(Name);
+      Lines.push_back(Line(Name, Binding.GetValue()));
+    };
+    for (TTavoContext* Scope = Context; Scope; Scope = Scope->GetParent()) {
+      for (int I = 0; I < Scope->GetFrameCount(); ++I) Take(Scope->GetFrameBinding(I));
+      for (const auto& Item : Scope->GetBindings()) Take(*Item.Value);
+    }
+    return Lines;
+  });
+  Result = FCNil;
+}
+
+void TIsTavoStructFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  switch (FType) {
+    case sfIsBinding:
+      SetMetaData(u"is-binding", u"Returns TRUE if the variable is bound where the call runs", u"<variable-name>", 1,
+                  1);
+      break;
+    case sfIsDefType:
+      SetMetaData(u"is-deftype", u"Returns TRUE if the current module has a defined type of the name",
+                  u"<defined-type-name>", 1, 1);
+      break;
+    case sfIsDefFunction:
+      SetMetaData(u"is-deffunction", u"Returns TRUE if a function of the name exists", u"<function-name>", 1, 1);
+      break;
+    case sfIsDefGlobal:
+      SetMetaData(u"is-defglobal", u"Returns TRUE if a global variable of the name is defined",
+                  u"<global-variable-name>", 1, 1);
+      break;
+    case sfIsDefRule:
+      SetMetaData(u"is-defrule", u"Returns TRUE if the current module has a rule of the name", u"<rule-name>", 1, 1);
+      break;
+    case sfIsDefFacts:
+      SetMetaData(u"is-deffacts", u"Returns TRUE if the current module has a fact set of the name",
+                  u"<fact-set-name>", 1, 1);
+      break;
+    case sfIsDefTemplate:
+      SetMetaData(u"is-deftemplate", u"Returns TRUE if the current module has a fact template of the name",
+                  u"<fact-template-name>", 1, 1);
+      break;
+  }
+}
+
+void TIsTavoStructFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  Result = FCFalse;
+  String Name;
+  if (FType == sfIsBinding || FType == sfIsDefGlobal) {
+    // A variable names itself here: resolving it would ask for the very
+    // value whose existence is in question. A text may carry its "?".
+    const ITavoValue& Argument = FunCall.GetArgument(0);
+    Name = Argument && TavoVariableTypes.Contains(Argument->GetDType())
+               ? Argument->GetAsString()
+               : FunCall.Argument(0, Context)->GetAsString();
+    if (Name.starts_with(u"$?"))
+      Name.erase(0, 2);
+    else if (Name.starts_with(u"?"))
+      Name.erase(0, 1);
+  } else {
+    Name = FunCall.Argument(0, Context)->GetAsString();
+  }
+  bool Found = false;
+  switch (FType) {
+    case sfIsBinding:
+      Found = Context && Context->FindBinding(Name);
+      break;
+    case sfIsDefType:
+      Found = Engine.GetDefinedTypes() && Engine.GetDefinedTypes()->ContainsKey(Name);
+      break;
+    case sfIsDefFunction:
+      Found = Engine.GetUserFunctions() && Engine.GetUserFunctions()->ContainsKey(Name);
+      break;
+    case sfIsDefGlobal:
+      Found = Engine.GetGlobalVariables() && Engine.GetGlobalVariables()->ContainsKey(Name);
+      break;
+    case sfIsDefRule:
+      Found = Engine.GetRules() && Engine.GetRules()->Find(Name);
+      break;
+    case sfIsDefFacts:
+      Found = Engine.GetFactSets() && Engine.GetFactSets()->IndexOf(Name) != -1;
+      break;
+    case sfIsDefTemplate:
+      Found = Engine.GetFactTemplates() && Engine.GetFactTemplates()->ContainsKey(Name);
+      break;
+  }
+  if (Found) Result = FCTrue;
+}
+
+// Constraint checking.
+
+namespace {
+
+void SetTypeCheck(TInferenceEngine& Engine, TTypeCheck Check, bool On) {
+  TTypeChecks Checks = Engine.GetTypeChecks();
+  if (On)
+    Checks.Include(Check);
+  else
+    Checks.Exclude(Check);
+  Engine.SetTypeChecks(Checks);
+  // The parser takes the engine's settings when it is fetched; fetching it
+  // now lets the text still being read follow the new setting.
+  if (Check == tcStatic) Engine.GetParserObject();
+}
+
+}  // namespace
+
+void TGetDynamicCheckFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"get-dynamic-constraint-checking",
+              u"Returns TRUE if slot values are checked against their types when facts get them", u"", 0, 0);
+}
+
+void TGetDynamicCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcDynamic) ? FCTrue : FCFalse;
+}
+
+void TGetStaticCheckFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"get-static-constraint-checking",
+              u"Returns TRUE if the parser checks values against their types", u"", 0, 0);
+}
+
+void TGetStaticCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcStatic) ? FCTrue : FCFalse;
+}
+
+void TSetDynamicCheckFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"set-dynamic-constraint-checking",
+              u"Checks slot values against their types when facts get them (TRUE), or not", u" <boolean-expression>",
+              1, 1);
+}
+
+void TSetDynamicCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  SetTypeCheck(Engine, tcDynamic, FunCall.EvaluateArgument(0, Context)->Equals(FCTrue));
+}
+
+void TSetStaticCheckFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"set-static-constraint-checking", u"Lets the parser check values against their types (TRUE), or not",
+              u" <boolean-expression>", 1, 1);
+}
+
+void TSetStaticCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  SetTypeCheck(Engine, tcStatic, FunCall.EvaluateArgument(0, Context)->Equals(FCTrue));
+}
+
+// set-reset-globals, setgen
+
+void TResetGlobalsFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"set-reset-globals",
+              u"Lets reset bind the global variables anew (TRUE), or not; without an argument gives the setting",
+              u" [<boolean-expression>]", 0, 1);
+}
+
+void TResetGlobalsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  if (FunCall.GetArgumentCount() == 0) {
+    Result = Engine.GetResetGlobals() ? FCTrue : FCFalse;
+    return;
+  }
+  Result = FunCall.EvaluateArgument(0, Context);
+  Engine.SetResetGlobals(Result->Equals(FCTrue));
+}
+
+void TSetGenFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"setgen", u"Sets the index from which new symbols are numbered; it never goes back",
+              u" <integer-expression>", 1, 1);
+}
+
+void TSetGenFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  Engine.SetSymbolIndex(FunCall.Argument(0, Context)->GetAsInteger());
+  // The index as it now stands, which differs from the argument when that
+  // asked to go back.
+  Result = Make<TTavoValue>(int32_t(Engine.GetSymbolIndex()), dtInteger);
+}
+
+// guard, parse
+
+void TGuardFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"guard", u"Runs the calls with the firing rule disabled, so that they cannot activate it again",
+              u"<function-call-argument>+", 1, AnyArgumentCount);
+}
+
+void TGuardFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  TActivation* Firing = Engine.GetCurrentAgendaItem();
+  // The flag alone changes: SetEnabled would compile the rule anew, and
+  // take the firing activation with it.
+  struct TRestore {
+    TInferenceEngine& Engine;
+    TRule* Rule;
+    bool Enabled;
+    ~TRestore() {
+      // A guarded call may have taken the rule out of the engine.
+      if (Rule && Engine.HoldsRule(Rule)) Rule->SetEnabledFlag(Enabled);
+    }
+  } Restore{Engine, Firing ? Firing->GetRule() : nullptr, true};
+  if (Restore.Rule) {
+    Restore.Enabled = Restore.Rule->GetEnabled();
+    Restore.Rule->SetEnabledFlag(false);
+  }
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I) Result = FunCall.EvaluateArgument(I, Context);
+}
+
+void TTavoParseFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"parse", u"Reads the text as rule-language constructs and calls; TRUE when it succeeds",
+              u"<string-expression>", 1, 1);
+}
+
+void TTavoParseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  const String Text = FunCall.Argument(0, Context)->GetAsString();
+  Result = FCFalse;
+  // A failure of the text passes on to whoever runs the call, as any
+  // other failure does.
+  if (Engine.Parse(Text)) Result = FCTrue;
+}
+
 void TMiscPackage::CreateFunctions() {
   TUserPackage::CreateFunctions();
-  GetFunctions().Add(Make<TShowFactsFunction>());
-  GetFunctions().Add(Make<TAgendaFunction>());
-  GetFunctions().Add(Make<TListRulesFunction>());
+  TUserFunctionList& Functions = GetFunctions();
+  Functions.Add(Make<TShowFactsFunction>());
+  Functions.Add(Make<TAgendaFunction>());
+  Functions.Add(Make<TListRulesFunction>());
+  Functions.Add(Make<TListDefTypesFunction>());
+  Functions.Add(Make<TListFactSetsFunction>());
+  Functions.Add(Make<TListTemplatesFunction>());
+  Functions.Add(Make<TListFunctionsFunction>());
+  Functions.Add(Make<TListDefModulesFunction>());
+  Functions.Add(Make<TListFocusStackFunction>());
+  Functions.Add(Make<TShowRulesFunction>());
+  Functions.Add(Make<TListVariablesFunction>(lvDefGlobals));
+  Functions.Add(Make<TListVariablesFunction>(lvBindings));
+  for (TIsTavoStructFunctionType Type : {sfIsBinding, sfIsDefType, sfIsDefFunction, sfIsDefGlobal, sfIsDefRule,
+                                         sfIsDefFacts, sfIsDefTemplate})
+    Functions.Add(Make<TIsTavoStructFunction>(Type));
+  Functions.Add(Make<TGetDynamicCheckFunction>());
+  Functions.Add(Make<TGetStaticCheckFunction>());
+  Functions.Add(Make<TSetDynamicCheckFunction>());
+  Functions.Add(Make<TSetStaticCheckFunction>());
+  Functions.Add(Make<TResetGlobalsFunction>());
+  Functions.Add(Make<TSetGenFunction>());
+  Functions.Add(Make<TGuardFunction>());
+  Functions.Add(Make<TTavoParseFunction>());
 }
 
 }  // namespace tavo

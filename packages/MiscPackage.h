@@ -1,5 +1,6 @@
 // Miscellaneous functions of the rule language: listings of what the engine
-// holds. More join the package as their constructs arrive.
+// holds, questions about its knowledge, its checking settings, guard and
+// parse. More join the package as their constructs arrive.
 #pragma once
 
 #include "packages/TavoPackages.h"
@@ -32,6 +33,82 @@ class TListRulesFunction : public TTavoUserFunction {
   void InitMetaData() override;
   void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
   using TTavoUserFunction::Call;
+};
+
+// One function class with the usual metadata and work; the family classes
+// below add the member they serve.
+#define TAVO_MISC_FUNCTION(ClassName)                                                      \
+  class ClassName : public TTavoUserFunction {                                             \
+    TAVO_CLASS(ClassName, TTavoUserFunction)                                               \
+   public:                                                                                 \
+    void InitMetaData() override;                                                          \
+    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+    using TTavoUserFunction::Call;                                                         \
+  };
+
+// Listings of the current module, of a named one or of all ("*").
+TAVO_MISC_FUNCTION(TListDefTypesFunction)
+TAVO_MISC_FUNCTION(TListFactSetsFunction)
+TAVO_MISC_FUNCTION(TListTemplatesFunction)
+// Listings of what the engine holds as a whole.
+TAVO_MISC_FUNCTION(TListFunctionsFunction)
+TAVO_MISC_FUNCTION(TListDefModulesFunction)
+TAVO_MISC_FUNCTION(TListFocusStackFunction)
+// rules: the current module's rules, to a logical name.
+TAVO_MISC_FUNCTION(TShowRulesFunction)
+
+// Constraint checking, static (the parser's) and dynamic (slot values).
+TAVO_MISC_FUNCTION(TGetDynamicCheckFunction)
+TAVO_MISC_FUNCTION(TGetStaticCheckFunction)
+TAVO_MISC_FUNCTION(TSetDynamicCheckFunction)
+TAVO_MISC_FUNCTION(TSetStaticCheckFunction)
+
+// set-reset-globals, setgen, guard, parse.
+TAVO_MISC_FUNCTION(TResetGlobalsFunction)
+TAVO_MISC_FUNCTION(TSetGenFunction)
+TAVO_MISC_FUNCTION(TGuardFunction)
+TAVO_MISC_FUNCTION(TTavoParseFunction)
+
+#undef TAVO_MISC_FUNCTION
+
+enum TListVariablesFunctionType { lvDefGlobals, lvBindings };
+
+// list-defglobals and list-bindings: names and values, and the total.
+class TListVariablesFunction : public TTavoUserFunction {
+  TAVO_CLASS(TListVariablesFunction, TTavoUserFunction)
+ public:
+  explicit TListVariablesFunction(TListVariablesFunctionType Type = lvDefGlobals) : FType(Type) {}
+  TListVariablesFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TListVariablesFunctionType FType;
+};
+
+enum TIsTavoStructFunctionType {
+  sfIsBinding,
+  sfIsDefType,
+  sfIsDefFunction,
+  sfIsDefGlobal,
+  sfIsDefRule,
+  sfIsDefFacts,
+  sfIsDefTemplate
+};
+
+// is-binding, is-deftype and the rest: whether a name is known as that kind.
+class TIsTavoStructFunction : public TTavoUserFunction {
+  TAVO_CLASS(TIsTavoStructFunction, TTavoUserFunction)
+ public:
+  explicit TIsTavoStructFunction(TIsTavoStructFunctionType Type = sfIsBinding) : FType(Type) {}
+  TIsTavoStructFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TIsTavoStructFunctionType FType;
 };
 
 class TMiscPackage : public TUserPackage {
