@@ -1,7 +1,17 @@
 # Runs one script through the command-line host and compares what it prints
-# with the expected output byte for byte; an optional NAME.err holds the
-# expected standard error, and an optional NAME.in the standard input.
-string(REGEX REPLACE "\\.clp$" ".in" InputFile ${SCRIPT})
+# with the expected output byte for byte; an optional NAME.err beside the
+# expected output holds the expected standard error, and an optional NAME.in
+# beside the script the standard input.
+#
+#   -DTAVO=host -DSCRIPT=NAME.clp -DEXPECTED=NAME.out
+#   -DINPUT=file        standard input from this file instead, when it exists
+#   -DEMPTY_ERRORS=ON   without an expected-errors file, standard error must
+#                       be empty (otherwise only the exit status counts)
+if(DEFINED INPUT)
+  set(InputFile ${INPUT})
+else()
+  string(REGEX REPLACE "\\.clp$" ".in" InputFile ${SCRIPT})
+endif()
 if(NOT EXISTS ${InputFile})
   set(InputFile /dev/null)
 endif()
@@ -19,4 +29,6 @@ if(EXISTS ${ExpectedErrorsFile})
   endif()
 elseif(NOT Status EQUAL 0)
   message(FATAL_ERROR "${SCRIPT} failed (${Status}):\n${ActualErrors}")
+elseif(EMPTY_ERRORS AND NOT ActualErrors STREQUAL "")
+  message(FATAL_ERROR "${SCRIPT} wrote to standard error:\n${ActualErrors}")
 endif()
