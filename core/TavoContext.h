@@ -35,6 +35,10 @@ class TBindingInfo : public TPersistent {
 
   // All three coordinates equal; Other must be a TBindingInfo or descend from it.
   virtual bool Equals(const TObject* Other) const;
+  // The layout the slot's position was last worked out for, and that
+  // position (-1 for a slot the layout lacks).
+  const void* GetLayoutSeen() const { return FLayoutSeen; }
+  int GetSlotPosition() const { return FSlotPosition; }
   String ToString() const override;
   void Assign(const TPersistent* Source) override;
 
@@ -229,7 +233,8 @@ class TTavoContext : public TPersistent {
     return TRef<T>(static_cast<T*>(FToken.Get()));
   }
 
-  // The value at a variable's coordinates in the current token and fact.
+  // The value at a variable's coordinates in the current token and fact,
+  // this scope's or else those of the enclosing scope that holds them.
   ITavoValue ResolveBindingInfo(const TBindingInfo& Info) const;
 
  private:
@@ -255,6 +260,10 @@ class TTavoContext : public TPersistent {
   std::unique_ptr<TFramePool> FPool;
   IContextFact FFact;
   IContextToken FToken;
+  // The nearest enclosing scope that held a token or a fact when this one
+  // was made: a deffunction called from a test evaluates its arguments in
+  // a scope of its own and finds the node's match there.
+  const TTavoContext* FMatchScope;
 };
 
 }  // namespace tavo

@@ -117,6 +117,8 @@ class TFactTemplate : public TModuleConstruct {
   bool ContainsSlot(StringView Name) const { return FFactSlots.ContainsKey(Name); }
   // The slots by position; a new object after every change of the slots.
   const ISlotLayout& GetLayout() const;
+  // The layout as it stands, null before it is first asked for.
+  const void* PeekLayout() const { return FLayout.Get(); }
   // The position of the slot of that name in the current layout, or -1.
   int IndexOfSlot(StringView Name) const { return GetLayout()->IndexOf(Name); }
   bool ContainsSlot(StringView Name, IFactSlot& Slot) const { return FFactSlots.TryGetValue(Name, Slot); }

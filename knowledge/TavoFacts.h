@@ -43,6 +43,15 @@ class TFact : public TContextFact {
   // template fills in.
   void StoreValue(StringView Name, const ITavoValue& Value, const IFactSlot& Slot);
   void StoreValueAt(int Position, const ITavoValue& Value);
+  // The value written at Position of Layout, when the fact follows its
+  // template's current layout and that is Layout; null otherwise, and the
+  // caller takes the general road. The matcher reads slots through it.
+  const ITavoValue* PeekValueAt(const void* Layout, int Position) const {
+    if (!FBlock || FBlock->Layout.Get() != Layout || Position < 0 || !FTemplate || FTemplate->PeekLayout() != Layout)
+      return nullptr;
+    const ITavoValue& Value = FBlock->Values()[Position];
+    return Value ? &Value : nullptr;
+  }
   // How many slots have been written so far.
   int GetValueCount() const;
   const TStringList<int>& GetSlotNames() const;
@@ -95,6 +104,13 @@ class TFact : public TContextFact {
   IFactTemplate FTemplate;
   mutable std::unique_ptr<TValueBlock, TBlockDeleter> FBlock;
 };
+
+// The value of the slot that Info names in Fact: by position without a
+// call when the fact and Info agree on the layout, else the general road.
+inline const ITavoValue& ReadSlot(TFact& Fact, const TBindingInfo& Info) {
+  if (const ITavoValue* Value = Fact.PeekValueAt(Info.GetLayoutSeen(), Info.GetSlotPosition())) return *Value;
+  return ReadSlot(static_cast<TContextFact&>(Fact), Info);
+}
 
 // Evaluates the slot values of a fact in place, in Context: each value is
 // resolved, and in a fact of a template without fuzzy slots a list is

@@ -410,9 +410,19 @@ void TJoinNode::PrepareShortCut() {
     }
     FLeftKey = TBindingInfo(FTokenIndex, FLeftFactIndex, FLeftSubIndex);
     FRightKey = TBindingInfo(0, FRightFactIndex, FRightSubIndex);
+    FLeftMatch.clear();
+    FRightMatch.clear();
+    for (size_t I = 1; I < FTests.size(); ++I) {
+      TTavoJoinTest* Test = FJoinTests[I];
+      if (!Test || Test->GetJoinTestType() != tstSlot || Test->GetSlotTestType() != sttEquals) continue;
+      FLeftMatch.emplace_back(Test->GetTokenIndex(), Test->GetLeftIndex());
+      FRightMatch.emplace_back(0, Test->GetRightIndex());
+    }
   }
   FNeedsContext = std::find(FJoinTests.begin(), FJoinTests.end(), nullptr) != FJoinTests.end();
   if (!(FLeftMemory && FRightMemory && FLeftMemory->GetEmpty() && FRightMemory->GetEmpty())) ClearMemory();
+  FLeftMemory->SetMatchSlots(FLeftMatch);
+  FRightMemory->SetMatchSlots(FRightMatch);
 }
 
 void TJoinNode::ClearMemory() {
@@ -425,6 +435,8 @@ void TJoinNode::ClearMemory() {
     FRightMemory->Clear();
   else
     FRightMemory = std::make_unique<TTavoTokenTree>(FHashKey, 0, FRightSubIndex, FRightFactIndex, false);
+  FLeftMemory->SetMatchSlots(FLeftMatch);
+  FRightMemory->SetMatchSlots(FRightMatch);
 }
 
 bool TJoinNode::Equals(const TTestNode* Node) const {
@@ -491,12 +503,12 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
   // Walks one bucket of right tokens; false stops the whole scan.
   // With a key, a stored token of another key fails the first test, which
   // is the key's equality: it is passed over without running the tests.
-  bool ByKey = false;
-  int32_t Hash = 0;
+  bool ByKey = false, ByMatch = false;
+  int32_t Hash = 0, Match = 0;
   auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
-    for (size_t I = 0; I < Bucket.size(); ++I) {
-      if (ByKey && Bucket[I].Key != Hash) continue;
-      const IReteToken& Right = Bucket[I].Token;
+    for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next) {
+      if (ByKey && (Entry->Key != Hash || (ByMatch && Entry->Match != Match))) continue;
+      const IReteToken& Right = Entry->Token;
       if (!PairPasses(*Token, *Right->GetFact())) continue;
       if (FNegatedPattern) {
         Token->SetNegatedCount(Token->GetNegatedCount() + 1);
@@ -516,6 +528,8 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
       const ITavoValue* Value = FLeftSubIndex != -1 ? ListItem(Key, FLeftSubIndex) : &Key;
       Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
       ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FRightMemory->GetHasFuzzyKeys();
+      ByMatch = ByKey && FRightMemory->HasMatchSlots() && FRightMemory->GetMatchUsable() &&
+                TTavoTokenTree::MatchOf(*Token, FLeftMatch, Match);
       if (auto* Bucket = FRightMemory->GetTokens(Hash)) Scan(*Bucket);
     } else {
       for (int B = FRightMemory->GetLowIndex(); B <= FRightMemory->GetHighIndex(); ++B)
@@ -536,12 +550,12 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
   TTokenAction Tag = Token->GetTag();
   const IFact& Right = Token->GetFact();
   float Strength = Token->GetStrength();
-  bool ByKey = false;
-  int32_t Hash = 0;
+  bool ByKey = false, ByMatch = false;
+  int32_t Hash = 0, Match = 0;
   auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
-    for (size_t I = 0; I < Bucket.size(); ++I) {
-      if (ByKey && Bucket[I].Key != Hash) continue;
-      const IReteToken& Left = Bucket[I].Token;
+    for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next) {
+      if (ByKey && (Entry->Key != Hash || (ByMatch && Entry->Match != Match))) continue;
+      const IReteToken& Left = Entry->Token;
       if (!PairPasses(*Left, *Right)) continue;
       if (!FNegatedPattern) {
         IReteToken Joined = Join(Left, Right, Strength);
@@ -564,6 +578,8 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
     const ITavoValue* Value = FRightSubIndex != -1 ? ListItem(Key, FRightSubIndex) : &Key;
     Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
     ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FLeftMemory->GetHasFuzzyKeys();
+    ByMatch = ByKey && FLeftMemory->HasMatchSlots() && FLeftMemory->GetMatchUsable() &&
+              TTavoTokenTree::MatchOf(*Token, FRightMatch, Match);
     if (auto* Bucket = FLeftMemory->GetTokens(Hash)) Scan(*Bucket);
   } else {
     for (int B = FLeftMemory->GetLowIndex(); B <= FLeftMemory->GetHighIndex(); ++B)

@@ -251,6 +251,10 @@ class TJoinNode : public TTestNode {
   // The key's slot readers, by position once a layout is seen.
   TBindingInfo FLeftKey;
   TBindingInfo FRightKey;
+  // The further equalities of plain slots, beside the key, on each side:
+  // the memories keep a hash of them with every token.
+  std::vector<TBindingInfo> FLeftMatch;
+  std::vector<TBindingInfo> FRightMatch;
   // Tests other than join tests need the context's token and fact.
   bool FNeedsContext = false;
 };

@@ -1,6 +1,7 @@
 #include "matching/TavoToken.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include "common/MekBlockCache.h"
 #include "core/TavoVectors.h"
@@ -11,6 +12,8 @@ namespace {
 
 thread_local bool TokenCacheGone = false;
 thread_local TBlockCache<sizeof(TTavoToken), 16384> TokenCache(TokenCacheGone);
+thread_local bool EntryCacheGone = false;
+thread_local TBlockCache<sizeof(TTavoTokenTree::TEntry), 16384> EntryCache(EntryCacheGone);
 
 constexpr const char16_t* TokenActionNames[] = {u"taClear", u"taAdd", u"taRemove", u"taUpdate"};
 
@@ -136,6 +139,25 @@ int32_t TTavoTokenTree::KeyOf(const TTavoToken& Token) const {
   return Item ? Item->GetHashCode() : 0;
 }
 
+bool TTavoTokenTree::MatchOf(const TTavoToken& Token, const std::vector<TBindingInfo>& Slots, int32_t& Match) {
+  uint32_t Hash = 2166136261u;
+  for (const TBindingInfo& Slot : Slots) {
+    TFact* Fact = Token.GetFacts(Slot.GetFactIndex());
+    if (!Fact) return false;
+    const ITavoValue* Value = Fact->PeekValueAt(Slot.GetLayoutSeen(), Slot.GetSlotPosition());
+    if (!Value) {
+      // A slot the fact lacks fails the join's own test, which says so.
+      if (!Fact->GetTemplate() || Fact->GetSlotPosition(Slot.GetSlotIndex()) < 0) return false;
+      Value = &ReadSlot(*Fact, Slot);
+    }
+    if (!*Value || (*Value)->GetDType() == dtFuzzy) return false;
+    Hash = (Hash ^ uint32_t((*Value)->GetHashCode())) * 16777619u;
+    Hash ^= Hash >> 15;
+  }
+  Match = int32_t(Hash);
+  return true;
+}
+
 bool TTavoTokenTree::KeyIsFuzzy(const TTavoToken& Token) const {
   TFact* Fact = Token.GetFacts(FTokenIndex);
   if (!Fact) return false;
@@ -155,6 +177,35 @@ TTavoTokenTree::TBucket* TTavoTokenTree::GetTokens(int I) {
   return Bucket.get();
 }
 
+void* TTavoTokenTree::TEntry::operator new(size_t Size) {
+  return EntryCacheGone ? ::operator new(Size) : EntryCache.Allocate(Size);
+}
+
+void TTavoTokenTree::TEntry::operator delete(void* Block, size_t Size) noexcept {
+  if (EntryCacheGone)
+    ::operator delete(Block);
+  else
+    EntryCache.Release(Block, Size);
+}
+
+TTavoTokenTree::~TTavoTokenTree() { FreeEntries(); }
+
+void TTavoTokenTree::FreeEntries() {
+  for (auto& Bucket : FBuckets) {
+    if (!Bucket) continue;
+    for (TEntry* Entry = Bucket->First; Entry;) delete std::exchange(Entry, Entry->Next);
+    *Bucket = TBucket();
+  }
+  FIndex.Clear();
+}
+
+TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token) const {
+  TEntry* const* First = FIndex.Find(Token.GetSortCode());
+  for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
+    if (Entry->Token->Equals(&Token)) return Entry;
+  return nullptr;
+}
+
 bool TTavoTokenTree::Add(const IReteToken& Token) {
   int32_t Key = KeyOf(*Token);
   int Index = BucketOf(Key);
@@ -162,32 +213,52 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (!Bucket) Bucket = std::make_unique<TBucket>();
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
-  for (const TEntry& Held : *Bucket)
-    if (Held.SortCode == Token->GetSortCode() && Held.Token->Equals(Token.Get())) return false;
-  Bucket->push_back({Key, Token->GetSortCode(), Token});
+  if (FindEqual(*Token)) return false;
+  int32_t Match = 0;
+  if (!FMatchSlots.empty() && FMatchUsable && !MatchOf(*Token, FMatchSlots, Match)) FMatchUsable = false;
+  auto* Entry = new TEntry{Key, Match, Token->GetSortCode(), Token};
+  Entry->Prev = Bucket->Last;
+  (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
+  Bucket->Last = Entry;
+  ++Bucket->Count;
+  if (TEntry** First = FIndex.Find(Entry->SortCode)) {
+    Entry->NextSame = *First;
+    *First = Entry;
+  } else {
+    FIndex.Add(Entry->SortCode, Entry);
+  }
   FEmpty = false;
   if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
   return true;
 }
 
 bool TTavoTokenTree::Remove(const IReteToken& Token) {
-  int32_t Key = KeyOf(*Token);
-  auto& Bucket = FBuckets[size_t(BucketOf(Key))];
-  if (!Bucket) return false;
-  for (auto Held = Bucket->begin(); Held != Bucket->end(); ++Held)
-    if (Held->SortCode == Token->GetSortCode() && Held->Token->Equals(Token.Get())) {
-      Bucket->erase(Held);
-      --FCount;
-      return true;
-    }
-  return false;
+  TEntry** First = FIndex.Find(Token->GetSortCode());
+  if (!First) return false;
+  TEntry* Before = nullptr;
+  TEntry* Entry = *First;
+  while (Entry && !Entry->Token->Equals(Token.Get())) Before = std::exchange(Entry, Entry->NextSame);
+  if (!Entry) return false;
+  if (Before)
+    Before->NextSame = Entry->NextSame;
+  else if (Entry->NextSame)
+    *First = Entry->NextSame;
+  else
+    FIndex.Remove(Entry->SortCode);
+  TBucket& Bucket = *FBuckets[size_t(BucketOf(Entry->Key))];
+  (Entry->Prev ? Entry->Prev->Next : Bucket.First) = Entry->Next;
+  (Entry->Next ? Entry->Next->Prev : Bucket.Last) = Entry->Prev;
+  --Bucket.Count;
+  --FCount;
+  delete Entry;
+  return true;
 }
 
 void TTavoTokenTree::Clear() {
   if (FEmpty) return;
-  for (auto& Bucket : FBuckets)
-    if (Bucket) Bucket->clear();
+  FreeEntries();
   FEmpty = true;
+  FMatchUsable = true;
   FHighIndex = -1;
   FLowIndex = FHash + 1;
 }
@@ -196,7 +267,7 @@ String TTavoTokenTree::ToString() const {
   String Result;
   for (auto& Bucket : FBuckets) {
     if (!Bucket) continue;
-    for (const TEntry& Entry : *Bucket) Result += Entry.Token->ToString();
+    for (TEntry* Entry = Bucket->First; Entry; Entry = Entry->Next) Result += Entry->Token->ToString();
     Result += u"\r\n";
   }
   return Result;
@@ -205,8 +276,8 @@ String TTavoTokenTree::ToString() const {
 String TTavoTokenTree::GetToFactsString() const {
   String Result;
   for (auto& Bucket : FBuckets) {
-    if (!Bucket || Bucket->empty()) continue;
-    for (const TEntry& Entry : *Bucket) Result += Entry.Token->GetToFactsString();
+    if (!Bucket || !Bucket->First) continue;
+    for (TEntry* Entry = Bucket->First; Entry; Entry = Entry->Next) Result += Entry->Token->GetToFactsString();
     Result += u"\r\n";
   }
   return Result;

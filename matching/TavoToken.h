@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "common/MekHashTables.h"
 #include "core/TavoContext.h"
 #include "knowledge/TavoFacts.h"
 
@@ -84,17 +85,38 @@ String GetTokenActionName(TTokenAction Action);
 class TTavoTokenTree : public TPersistent {
   TAVO_CLASS(TTavoTokenTree, TPersistent)
  public:
-  // A stored token with its key, so that a keyed scan passes over tokens
-  // of other keys by one comparison.
+  // A stored token with its keys, so that a keyed scan passes over tokens
+  // of other keys by one comparison. Entries of a bucket are linked in
+  // order of insertion; entries of one sort code are chained from the
+  // tree's index, so that a token is found, refused or removed without a
+  // walk of its bucket.
   struct TEntry {
     int32_t Key;
+    // The hash of the further slots that the join compares for equality
+    // (see SetMatchSlots); 0 when the tree keeps none.
+    int32_t Match;
     // The token's own, compared before the token is touched.
     int32_t SortCode;
     IReteToken Token;
+    TEntry* Prev = nullptr;
+    TEntry* Next = nullptr;
+    TEntry* NextSame = nullptr;
+
+    static void* operator new(size_t Size);
+    static void operator delete(void* Block, size_t Size) noexcept;
   };
-  using TBucket = std::vector<TEntry>;
+  // One bucket's entries, oldest first.
+  struct TBucket {
+    TEntry* First = nullptr;
+    TEntry* Last = nullptr;
+    int Count = 0;
+    size_t size() const { return size_t(Count); }
+  };
 
   TTavoTokenTree(int Hash, int TokenIndex, int SubIndex, const String& FactIndex, bool UseHashCode);
+  ~TTavoTokenTree() override;
+  TTavoTokenTree(const TTavoTokenTree&) = delete;
+  TTavoTokenTree& operator=(const TTavoTokenTree&) = delete;
 
   // Refuses a token equal to one held.
   virtual bool Add(const IReteToken& Token);
@@ -106,6 +128,17 @@ class TTavoTokenTree : public TPersistent {
 
   // The key of a token before it is reduced to a bucket.
   int32_t KeyOf(const TTavoToken& Token) const;
+  // Slots beside the key's whose equality the join also tests, each read
+  // from the fact at its fact index: every stored token carries the hash of
+  // their values, so that a keyed scan passes over a token that differs in
+  // any of them by one comparison, as it does for the key.
+  void SetMatchSlots(std::vector<TBindingInfo> Slots) { FMatchSlots = std::move(Slots); }
+  bool HasMatchSlots() const { return !FMatchSlots.empty(); }
+  // Whether every stored token's match hash could be taken.
+  bool GetMatchUsable() const { return FMatchUsable; }
+  // The hash of the values of Slots in Token; false when one is missing or
+  // fuzzy, since a fuzzy value may equal values of other hashes.
+  static bool MatchOf(const TTavoToken& Token, const std::vector<TBindingInfo>& Slots, int32_t& Match);
   // Whether a key of a fuzzy value was ever stored: such a value may equal
   // values of other keys, so keys alone cannot rule a token out.
   bool GetHasFuzzyKeys() const { return FHasFuzzyKeys; }
@@ -133,13 +166,21 @@ class TTavoTokenTree : public TPersistent {
   TBindingInfo FSlot;
   int FHash;
   int FTokenIndex;
+  // The entry stored under an equal token, or null.
+  TEntry* FindEqual(const TTavoToken& Token) const;
+  void FreeEntries();
+
   std::vector<std::unique_ptr<TBucket>> FBuckets;
+  // The first entry of each sort code held.
+  TMekDictionary<int32_t, TEntry*> FIndex;
   bool FAllowNilBucket = true;
   bool FEmpty = false;
   int FLowIndex;
   int FHighIndex = -1;
   int FCount = 0;
   bool FHasFuzzyKeys = false;
+  std::vector<TBindingInfo> FMatchSlots;
+  bool FMatchUsable = true;
 };
 
 }  // namespace tavo
