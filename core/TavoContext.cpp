@@ -143,7 +143,10 @@ class TFramePool {
 // TTavoContext
 
 TTavoContext::TTavoContext(TTavoContext* Parent, IReasoner* Engine)
-    : FEngine(Engine), FParent(Parent), FRoot(Parent ? Parent->FRoot : this) {}
+    : FEngine(Engine),
+      FParent(Parent),
+      FRoot(Parent ? Parent->FRoot : this),
+      FMatchScope(!Parent ? nullptr : Parent->FToken || Parent->FFact ? Parent : Parent->FMatchScope) {}
 
 TTavoContext::~TTavoContext() {
   if (FFrame) {

@@ -314,12 +314,13 @@ const ITavoValue& ReadSlot(TContextFact& Fact, const TBindingInfo& Info) {
 }
 
 ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
-  int TokenCount = FToken ? FToken->GetCount() : 0;
+  const TTavoContext& Scope = FToken || FFact || !FMatchScope ? *this : *FMatchScope;
+  int TokenCount = Scope.FToken ? Scope.FToken->GetCount() : 0;
   TContextFact* Fact = nullptr;
-  if (Info.GetFactIndex() == TokenCount && FFact)
-    Fact = FFact.Get();
-  else if (FToken)
-    Fact = FToken->GetContextFact(Info.GetFactIndex());
+  if (Info.GetFactIndex() == TokenCount && Scope.FFact)
+    Fact = Scope.FFact.Get();
+  else if (Scope.FToken)
+    Fact = Scope.FToken->GetContextFact(Info.GetFactIndex());
   if (!Fact) throw ETavoException(Format(SCorruptedVariable, Info.ToString()));
   if (Info.GetSlotIndex() == SPatternBinding) return Make<TTavoValue>(Fact->GetID(), dtFactId);
   const ITavoValue& Value = ReadSlot(*Fact, Info);

@@ -713,9 +713,20 @@ void TReadLineFunction::InitMetaData() {
   SetMetaData(u"readline", u"Reads one line from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
 }
 
+// With no input left the answer is the end-of-file symbol, as read gives:
+// a named stream at its end, or a channel whose line is that symbol's text,
+// which is how a host's OnReadLine reports the end of its input.
 void TReadLineFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = Make<TTavoValue>(EngineOf(FunCall, Context).ReadLine(InputName(FunCall, Context)), dtString);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  String Name = InputName(FunCall, Context);
+  if (Name != u"t" && !Name.empty())
+    if (TGTextStream* const* Stream = Engine.GetIOStreams()->Find(Name); Stream && (*Stream)->IsEof()) {
+      Result = FCEOF;
+      return;
+    }
+  String Line = Engine.ReadLine(Name);
+  Result = Line == FCEOF->GetText() ? FCEOF : Make<TTavoValue>(std::move(Line), dtString);
 }
 
 // TStandardPackage

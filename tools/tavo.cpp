@@ -150,6 +150,9 @@ int RunHost(int argc, char** argv) {
     if (std::getline(std::cin, Line)) {
       if (!Line.empty() && Line.back() == '\r') Line.pop_back();
       Text = Utf8ToString(Line);
+    } else {
+      // The end of input is reported as the end-of-file symbol's text.
+      Text = FCEOF->GetText();
     }
   };
   Engine.OnReadToken = [&Engine](TObject*, const String&, IStreamToken& Token) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "tests/TestSupport.h"
 #include "tests/knowledge/OwnerEngine.h"
 
@@ -201,6 +203,34 @@ TEST(TavoFactsTest, CoordinatesReadSlotsByPositionAcrossLayouts) {
   ITavoValue Id = Make<TTavoValue>(&IdInfo, false);
   F->SetID(12);
   EXPECT_EQ(Id->Resolve(&Context)->GetToString(), u"<Fact-12>");
+}
+
+TEST(TavoFactsTest, CoordinatesReadTheFactOfTheEnclosingScopeUnderTest) {
+  IFactTemplate T = Make<TFactTemplate>(nullptr, u"q");
+  T->AddSlot(u"y", Int(0));
+  IFact F = T->NewFact();
+  F->SetValue(u"y", Int(9));
+  TBindingInfo YInfo(0, u"y");
+  ITavoValue Y = Make<TTavoValue>(&YInfo, false);
+  TTavoContext Global;
+  std::unique_ptr<TTavoContext> Node(Global.Push());
+  // A scope made before the node holds a fact sees none.
+  std::unique_ptr<TTavoContext> Early(Node->Push());
+  Node->SetFact(F);
+  // Scopes of function calls nested under the node, as a test's call makes them.
+  TTavoContext Call(Node.get());
+  TTavoContext Inner(&Call);
+  EXPECT_EQ(Y->Resolve(&Call)->GetAsInteger(), 9);
+  EXPECT_EQ(Y->Resolve(&Inner)->GetAsInteger(), 9);
+  EXPECT_EQ(FailureOf([&] { Y->Resolve(Early.get()); }),
+            u"Corrupted Binding, variable not found: FactIdx=0 SlotIdx=y");
+  // A scope that holds a fact of its own reads that one.
+  IFact Other = T->NewFact();
+  Other->SetValue(u"y", Int(4));
+  Inner.SetFact(Other);
+  EXPECT_EQ(Y->Resolve(&Inner)->GetAsInteger(), 4);
+  TTavoContext Innermost(&Inner);
+  EXPECT_EQ(Y->Resolve(&Innermost)->GetAsInteger(), 4);
 }
 
 }  // namespace

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "engine/InferenceEngine.h"
 #include "tests/TestSupport.h"
 
@@ -192,6 +194,32 @@ TEST(StandardPackageTest, PrintOutJoinsItsArgumentsForTheLogicalName) {
   Printed.clear();
   F.Run(u"printout", {Atom(u"t"), Atom(u"outer"), F.Call(u"printout", {Atom(u"t"), Atom(u"inner")})});
   EXPECT_EQ(Printed, u"innerouter");
+}
+
+TEST(StandardPackageTest, ReadLineGivesTheEndOfFileSymbolWhenNoInputIsLeft) {
+  TStandardFixture F;
+  F.Engine.GetIOStreams()->AddStream(u"log", new TGTextStream(std::string("one\n\nEOF\n")));
+  EXPECT_EQ(F.Run(u"readline", {Atom(u"log")})->GetAsString(), u"one");
+  ITavoValue Empty = F.Run(u"readline", {Atom(u"log")});
+  EXPECT_EQ(Empty->GetDType(), dtString) << "an empty line is no end";
+  EXPECT_EQ(Empty->GetAsString(), u"");
+  // A line of the symbol's text reads as the symbol, as read gives it.
+  EXPECT_EQ(F.Run(u"readline", {Atom(u"log")}), FCEOF);
+  EXPECT_EQ(F.Run(u"readline", {Atom(u"log")}), FCEOF);
+  EXPECT_EQ(F.Run(u"readline", {Atom(u"log")}), FCEOF) << "and stays at the end";
+  // The standard channel: the handler reports its end with the symbol's text.
+  std::vector<String> Lines{u"", u"last"};
+  F.Engine.OnReadLine = [&](TObject*, const String&, String& Text) {
+    if (Lines.empty()) {
+      Text = FCEOF->GetText();
+      return;
+    }
+    Text = Lines.back();
+    Lines.pop_back();
+  };
+  EXPECT_EQ(F.Run(u"readline", {})->GetAsString(), u"last");
+  EXPECT_EQ(F.Run(u"readline", {})->GetDType(), dtString);
+  EXPECT_EQ(F.Run(u"readline", {}), FCEOF);
 }
 
 }  // namespace

@@ -7,3 +7,7 @@
 (ask "name")
 (read)
 (+ (read) 1)
+; An empty line reads as an empty string; with the input used up, readline
+; gives the end-of-file symbol, as read does.
+(printout t "[" (readline) "]" crlf)
+(printout t (eq (readline) EOF) " " (eq (read) EOF) crlf)
