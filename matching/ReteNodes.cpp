@@ -475,11 +475,14 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
     return true;
   }
   if (!FLeftMemory || !FRightMemory) ClearMemory();
+  // Memories keep the arriving token itself: no node changes a token it
+  // has passed on, but a negated join counts its matches on the left token,
+  // so its left memory keeps a copy whose count starts from nothing.
   switch (CallType) {
     case ctLeft:
       if (Tag == taRemove) {
         if (FLeftMemory->Remove(Token)) RunTestsVaryRight(Token);
-      } else if (FLeftMemory->Add(Make<TTavoToken>(Token))) {
+      } else if (FLeftMemory->Add(FNegatedPattern ? Make<TTavoToken>(Token) : Token)) {
         RunTestsVaryRight(Token);
         AskForBackChain(Token);
       }
@@ -487,7 +490,7 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
     case ctRight:
       if (Tag == taRemove) {
         if (FRightMemory->Remove(Token)) RunTestsVaryLeft(Token);
-      } else if (FRightMemory->Add(Make<TTavoToken>(Token))) {
+      } else if (FRightMemory->Add(Token)) {
         RunTestsVaryLeft(Token);
       }
       break;
@@ -505,19 +508,22 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
   // is the key's equality: it is passed over without running the tests.
   bool ByKey = false, ByMatch = false;
   int32_t Hash = 0, Match = 0;
+  // One stored token against the left one; false stops the scan.
+  auto Visit = [&](const IReteToken& Right) {
+    if (!PairPasses(*Token, *Right->GetFact())) return true;
+    if (FNegatedPattern) {
+      Token->SetNegatedCount(Token->GetNegatedCount() + 1);
+      return true;
+    }
+    IReteToken Joined = Join(Token, Right->GetFact(), Right->GetStrength());
+    if (Tag != taRemove) ++FMatches;
+    CallChildren(Joined);
+    return !(FUnique && Adding);
+  };
   auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
     for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next) {
       if (ByKey && (Entry->Key != Hash || (ByMatch && Entry->Match != Match))) continue;
-      const IReteToken& Right = Entry->Token;
-      if (!PairPasses(*Token, *Right->GetFact())) continue;
-      if (FNegatedPattern) {
-        Token->SetNegatedCount(Token->GetNegatedCount() + 1);
-        continue;
-      }
-      IReteToken Joined = Join(Token, Right->GetFact(), Right->GetStrength());
-      if (Tag != taRemove) ++FMatches;
-      CallChildren(Joined);
-      if (FUnique && Adding) return false;
+      if (!Visit(Entry->Token)) return false;
     }
     return true;
   };
@@ -530,7 +536,13 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
       ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FRightMemory->GetHasFuzzyKeys();
       ByMatch = ByKey && FRightMemory->HasMatchSlots() && FRightMemory->GetMatchUsable() &&
                 TTavoTokenTree::MatchOf(*Token, FLeftMatch, Match);
-      if (auto* Bucket = FRightMemory->GetTokens(Hash)) Scan(*Bucket);
+      if (ByKey && FRightMemory->KeysChained() && (ByMatch || !FRightMemory->HasMatchSlots())) {
+        // Only the tokens of the key and match hash, in the bucket's order.
+        for (auto* Entry = FRightMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->KeyNext)
+          if (!Visit(Entry->Token)) break;
+      } else if (auto* Bucket = FRightMemory->GetTokens(Hash)) {
+        Scan(*Bucket);
+      }
     } else {
       for (int B = FRightMemory->GetLowIndex(); B <= FRightMemory->GetHighIndex(); ++B)
         if (auto* Bucket = FRightMemory->GetTokens(B))
@@ -552,26 +564,27 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
   float Strength = Token->GetStrength();
   bool ByKey = false, ByMatch = false;
   int32_t Hash = 0, Match = 0;
-  auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
-    for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next) {
-      if (ByKey && (Entry->Key != Hash || (ByMatch && Entry->Match != Match))) continue;
-      const IReteToken& Left = Entry->Token;
-      if (!PairPasses(*Left, *Right)) continue;
-      if (!FNegatedPattern) {
-        IReteToken Joined = Join(Left, Right, Strength);
-        Joined->SetTag(Tag);
-        CallChildren(Joined);
-      } else if (Tag == taAdd || Tag == taUpdate) {
-        // The left token's match, if it had one, goes.
-        IReteToken Blocked = Join(Left, Rete()->GetNullFact(), Strength);
-        Blocked->SetTag(taRemove);
-        CallChildren(Blocked);
-        Left->SetNegatedCount(Left->GetNegatedCount() + 1);
-      } else {
-        Left->SetNegatedCount(Left->GetNegatedCount() - 1);
-        if (Left->GetNegatedCount() == 0) CallChildren(Join(Left, Rete()->GetNullFact(), Strength));
-      }
+  // One stored left token against the right fact.
+  auto Visit = [&](const IReteToken& Left) {
+    if (!PairPasses(*Left, *Right)) return;
+    if (!FNegatedPattern) {
+      IReteToken Joined = Join(Left, Right, Strength);
+      Joined->SetTag(Tag);
+      CallChildren(Joined);
+    } else if (Tag == taAdd || Tag == taUpdate) {
+      // The left token's match, if it had one, goes.
+      IReteToken Blocked = Join(Left, Rete()->GetNullFact(), Strength);
+      Blocked->SetTag(taRemove);
+      CallChildren(Blocked);
+      Left->SetNegatedCount(Left->GetNegatedCount() + 1);
+    } else {
+      Left->SetNegatedCount(Left->GetNegatedCount() - 1);
+      if (Left->GetNegatedCount() == 0) CallChildren(Join(Left, Rete()->GetNullFact(), Strength));
     }
+  };
+  auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
+    for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next)
+      if (!ByKey || (Entry->Key == Hash && (!ByMatch || Entry->Match == Match))) Visit(Entry->Token);
   };
   if (FShortCut) {
     const ITavoValue& Key = ReadSlot(*Token->GetFacts(0), FRightKey);
@@ -580,7 +593,12 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
     ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FLeftMemory->GetHasFuzzyKeys();
     ByMatch = ByKey && FLeftMemory->HasMatchSlots() && FLeftMemory->GetMatchUsable() &&
               TTavoTokenTree::MatchOf(*Token, FRightMatch, Match);
-    if (auto* Bucket = FLeftMemory->GetTokens(Hash)) Scan(*Bucket);
+    if (ByKey && FLeftMemory->KeysChained() && (ByMatch || !FLeftMemory->HasMatchSlots())) {
+      // Only the tokens of the key and match hash, in the bucket's order.
+      for (auto* Entry = FLeftMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->KeyNext) Visit(Entry->Token);
+    } else if (auto* Bucket = FLeftMemory->GetTokens(Hash)) {
+      Scan(*Bucket);
+    }
   } else {
     for (int B = FLeftMemory->GetLowIndex(); B <= FLeftMemory->GetHighIndex(); ++B)
       if (auto* Bucket = FLeftMemory->GetTokens(B)) Scan(*Bucket);

@@ -20,6 +20,11 @@ constexpr const char16_t* TokenActionNames[] = {u"taClear", u"taAdd", u"taRemove
 // Sort codes wrap in 32 bits.
 int32_t Shifted(int32_t Code, int32_t Id) { return int32_t(uint32_t(Code) * 8u + uint32_t(Id)); }
 
+uint32_t ChainHash(uint32_t Parent, const IFact& Fact) {
+  uint32_t Hash = Parent * 0x9E3779B1u ^ uint32_t(Fact ? Fact->GetID() : -1) * 0x85EBCA77u;
+  return Hash ^ (Hash >> 13);
+}
+
 // Non-negative, for a key of any value.
 uint32_t Magnitude(int32_t Key) { return Key < 0 ? 0u - uint32_t(Key) : uint32_t(Key); }
 
@@ -44,10 +49,11 @@ void TTavoToken::operator delete(void* Block, size_t Size) noexcept {
 }
 
 TTavoToken::TTavoToken(TTokenAction Tag, const IFact& Fact)
-    : FCount(1), FFact(Fact), FSortCode(Fact ? Fact->GetID() : 0), FTag(Tag) {}
+    : FCount(1), FFact(Fact), FSortCode(Fact ? Fact->GetID() : 0), FChainHash(ChainHash(0, Fact)), FTag(Tag) {}
 
 TTavoToken::TTavoToken(const IReteToken& Parent, const IFact& Fact) : FFact(Fact), FParent(Parent) {
   FSortCode = Shifted(Parent ? Parent->FSortCode : 0, Fact ? Fact->GetID() : 0);
+  FChainHash = ChainHash(Parent ? Parent->FChainHash : 0, Fact);
   if (Parent) {
     FTag = Parent->FTag;
     FStrength = Parent->FStrength;
@@ -74,6 +80,7 @@ void TTavoToken::Assign(const TPersistent* Source) {
   FParent = Token->FParent;
   FStrength = Token->FStrength;
   FSortCode = Token->FSortCode;
+  FChainHash = Token->FChainHash;
   FTag = Token->FTag;
 }
 
@@ -197,10 +204,11 @@ void TTavoTokenTree::FreeEntries() {
     *Bucket = TBucket();
   }
   FIndex.Clear();
+  FKeys.Clear();
 }
 
 TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token) const {
-  TEntry* const* First = FIndex.Find(Token.GetSortCode());
+  TEntry* const* First = FIndex.Find(Token.GetChainHash());
   for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
     if (Entry->Token->Equals(&Token)) return Entry;
   return nullptr;
@@ -221,11 +229,20 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
   Bucket->Last = Entry;
   ++Bucket->Count;
-  if (TEntry** First = FIndex.Find(Entry->SortCode)) {
+  if (TEntry** First = FIndex.Find(Token->GetChainHash())) {
     Entry->NextSame = *First;
     *First = Entry;
   } else {
-    FIndex.Add(Entry->SortCode, Entry);
+    FIndex.Add(Token->GetChainHash(), Entry);
+  }
+  if (KeysChained()) {
+    if (TKeyChain* Chain = FKeys.Find(KeyPair(Key, Match))) {
+      Entry->KeyPrev = Chain->Last;
+      Chain->Last->KeyNext = Entry;
+      Chain->Last = Entry;
+    } else {
+      FKeys.Add(KeyPair(Key, Match), TKeyChain{Entry, Entry});
+    }
   }
   FEmpty = false;
   if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
@@ -233,7 +250,7 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
 }
 
 bool TTavoTokenTree::Remove(const IReteToken& Token) {
-  TEntry** First = FIndex.Find(Token->GetSortCode());
+  TEntry** First = FIndex.Find(Token->GetChainHash());
   if (!First) return false;
   TEntry* Before = nullptr;
   TEntry* Entry = *First;
@@ -244,7 +261,20 @@ bool TTavoTokenTree::Remove(const IReteToken& Token) {
   else if (Entry->NextSame)
     *First = Entry->NextSame;
   else
-    FIndex.Remove(Entry->SortCode);
+    FIndex.Remove(Entry->Token->GetChainHash());
+  if (KeysChained()) {
+    if (Entry->KeyPrev) Entry->KeyPrev->KeyNext = Entry->KeyNext;
+    if (Entry->KeyNext) Entry->KeyNext->KeyPrev = Entry->KeyPrev;
+    if (!Entry->KeyPrev || !Entry->KeyNext) {
+      TKeyChain* Chain = FKeys.Find(KeyPair(Entry->Key, Entry->Match));
+      if (!Entry->KeyPrev && !Entry->KeyNext)
+        FKeys.Remove(KeyPair(Entry->Key, Entry->Match));
+      else if (!Entry->KeyPrev)
+        Chain->First = Entry->KeyNext;
+      else
+        Chain->Last = Entry->KeyPrev;
+    }
+  }
   TBucket& Bucket = *FBuckets[size_t(BucketOf(Entry->Key))];
   (Entry->Prev ? Entry->Prev->Next : Bucket.First) = Entry->Next;
   (Entry->Next ? Entry->Next->Prev : Bucket.Last) = Entry->Prev;

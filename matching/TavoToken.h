@@ -56,6 +56,9 @@ class TTavoToken : public TTavoTokenPersistent {
   }
   const IReteToken& GetParent() const { return FParent; }
   int32_t GetSortCode() const { return FSortCode; }
+  // A hash of the chain's fact ids, which unlike the sort code spreads
+  // tokens of different facts apart: memories find tokens by it.
+  uint32_t GetChainHash() const { return FChainHash; }
   TTokenAction GetTag() const { return FTag; }
   // Any action but taClear needs a fact of the token's own.
   virtual void SetTag(TTokenAction Value);
@@ -75,6 +78,7 @@ class TTavoToken : public TTavoTokenPersistent {
   IReteToken FParent;
   float FStrength = 1.0f;
   int32_t FSortCode = 0;
+  uint32_t FChainHash = 0;
   TTokenAction FTag = taClear;
 };
 
@@ -100,7 +104,11 @@ class TTavoTokenTree : public TPersistent {
     IReteToken Token;
     TEntry* Prev = nullptr;
     TEntry* Next = nullptr;
+    // The next entry of the same chain hash.
     TEntry* NextSame = nullptr;
+    // The entries of the same key and match hash, oldest first.
+    TEntry* KeyPrev = nullptr;
+    TEntry* KeyNext = nullptr;
 
     static void* operator new(size_t Size);
     static void operator delete(void* Block, size_t Size) noexcept;
@@ -128,6 +136,14 @@ class TTavoTokenTree : public TPersistent {
 
   // The key of a token before it is reduced to a bucket.
   int32_t KeyOf(const TTavoToken& Token) const;
+  // The oldest entry of that key and match hash, followed through KeyNext;
+  // null when there is none, or when the tree keys by no slot.
+  TEntry* FirstOfKey(int32_t Key, int32_t Match) const {
+    const TKeyChain* Chain = FKeys.Find(KeyPair(Key, Match));
+    return Chain ? Chain->First : nullptr;
+  }
+  // Whether entries are chained by key (a tree keyed by a slot value).
+  bool KeysChained() const { return !FUseHashCode && !GetFactIndex().empty(); }
   // Slots beside the key's whose equality the join also tests, each read
   // from the fact at its fact index: every stored token carries the hash of
   // their values, so that a keyed scan passes over a token that differs in
@@ -171,8 +187,15 @@ class TTavoTokenTree : public TPersistent {
   void FreeEntries();
 
   std::vector<std::unique_ptr<TBucket>> FBuckets;
-  // The first entry of each sort code held.
-  TMekDictionary<int32_t, TEntry*> FIndex;
+  // The first entry of each chain hash held.
+  TMekDictionary<uint32_t, TEntry*> FIndex;
+  struct TKeyChain {
+    TEntry* First = nullptr;
+    TEntry* Last = nullptr;
+  };
+  static int64_t KeyPair(int32_t Key, int32_t Match) { return int64_t(uint64_t(uint32_t(Key)) << 32 | uint32_t(Match)); }
+  // The entries of each key and match hash, when KeysChained.
+  TMekDictionary<int64_t, TKeyChain> FKeys;
   bool FAllowNilBucket = true;
   bool FEmpty = false;
   int FLowIndex;
