@@ -24,6 +24,31 @@ void TActivation::SetStrength(float Value) {
 
 TActivation* TActivation::Clone() const { return new TActivation(FRule, FToken, FNode); }
 
+namespace {
+
+// The node puts a clone where Old stands in its list, in Old's order of
+// arrival, and Old leaves unannounced. A node that has no way to do so
+// keeps Old, which then stands for its own clone: a clone outside the
+// node would outlive a retraction of its facts.
+template <class TNode>
+TActivation* TakeNodePlace(TNode* Node, TActivation* Old) {
+  if constexpr (requires(TActivation* New) { Node->ReplaceActivation(Old, New); }) {
+    TActivation* New = Old->Clone();
+    Node->ReplaceActivation(Old, New);
+    return New;
+  } else {
+    return Old;
+  }
+}
+
+}  // namespace
+
+TActivation* TActivation::CloneIntoNode() {
+  TActivation* Result = FNode && FInNode ? TakeNodePlace(FNode, this) : this;
+  if (Result == this) SetStrength(1.0f);
+  return Result;
+}
+
 void TActivation::Assign(const TPersistent* Source) {
   if (auto* Activation = dynamic_cast<const TActivation*>(Source)) {
     FRule = Activation->FRule;
@@ -183,13 +208,15 @@ void TActivationAgenda::Unlink(TNode* Node) {
   Split(Middle, 1, Middle, Right);
   FRoot = Merge(Left, Right);
   if (FRoot) FRoot->Parent = nullptr;
-  Node->Activation->FAgendaEntry = nullptr;
+  // A copy in another agenda keeps its own entry.
+  if (Node->Activation->FAgendaEntry == Node) Node->Activation->FAgendaEntry = nullptr;
   delete Node;
 }
 
 TActivation* TActivationAgenda::Extract(int Index) {
-  TActivation* Activation = At(Index)->Activation;
-  Unlink(static_cast<TNode*>(Activation->FAgendaEntry));
+  auto* Node = const_cast<TNode*>(At(Index));
+  TActivation* Activation = Node->Activation;
+  Unlink(Node);
   return Activation;
 }
 
@@ -218,7 +245,7 @@ void TActivationAgenda::Clear() {
     Pending.pop_back();
     if (Node->Left) Pending.push_back(Node->Left);
     if (Node->Right) Pending.push_back(Node->Right);
-    Node->Activation->FAgendaEntry = nullptr;
+    if (Node->Activation->FAgendaEntry == Node) Node->Activation->FAgendaEntry = nullptr;
     delete Node;
   }
   FRoot = nullptr;

@@ -32,8 +32,14 @@ class TActivation : public TPersistent {
   void SetStrength(float Value);
 
   // The same rule, token and node, at strength 1.0: the strength is not
-  // copied (Assign copies it).
+  // copied (Assign copies it). The clone is not in the node's list.
   virtual TActivation* Clone() const;
+  // A clone for re-sorting an agenda, which takes this activation's place
+  // in its terminal node, so that a later retraction withdraws the clone;
+  // this one leaves the node unannounced and is the caller's to free. When
+  // the node cannot hand its place over, the result is this very
+  // activation at strength 1.0.
+  TActivation* CloneIntoNode();
   void Assign(const TPersistent* Source) override;
   // The rule's actions on the token, then the node is told.
   virtual bool Fire();
@@ -60,7 +66,9 @@ class TActivation : public TPersistent {
 using TActivationEvent = std::function<void(TObject* Sender, TActivation* Activation)>;
 
 // The activations of one module in agenda order. The agenda owns them: an
-// entry deleted frees its activation while FreeData holds. Entries sit in a
+// entry deleted frees its activation while FreeData holds. An activation
+// copied into a second agenda (for re-sorting) is found by reference only
+// in the agenda that took it last; by index it is found in both. Entries sit in a
 // tree ordered by position that knows the size of each subtree, so that an
 // index, an insertion at an index and the withdrawal of an activation each
 // cost a logarithm of the agenda's length. An entry keeps the salience its

@@ -538,7 +538,7 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
                 TTavoTokenTree::MatchOf(*Token, FLeftMatch, Match);
       if (ByKey && FRightMemory->KeysChained() && (ByMatch || !FRightMemory->HasMatchSlots())) {
         // Only the tokens of the key and match hash, in the bucket's order.
-        for (auto* Entry = FRightMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->KeyNext)
+        for (auto* Entry = FRightMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->ChainNext)
           if (!Visit(Entry->Token)) break;
       } else if (auto* Bucket = FRightMemory->GetTokens(Hash)) {
         Scan(*Bucket);
@@ -595,7 +595,7 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
               TTavoTokenTree::MatchOf(*Token, FRightMatch, Match);
     if (ByKey && FLeftMemory->KeysChained() && (ByMatch || !FLeftMemory->HasMatchSlots())) {
       // Only the tokens of the key and match hash, in the bucket's order.
-      for (auto* Entry = FLeftMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->KeyNext) Visit(Entry->Token);
+      for (auto* Entry = FLeftMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->ChainNext) Visit(Entry->Token);
     } else if (auto* Bucket = FLeftMemory->GetTokens(Hash)) {
       Scan(*Bucket);
     }

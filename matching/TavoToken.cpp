@@ -203,14 +203,22 @@ void TTavoTokenTree::FreeEntries() {
     for (TEntry* Entry = Bucket->First; Entry;) delete std::exchange(Entry, Entry->Next);
     *Bucket = TBucket();
   }
-  FIndex.Clear();
-  FKeys.Clear();
+  FChains.Clear();
 }
 
-TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token) const {
-  TEntry* const* First = FIndex.Find(Token.GetChainHash());
-  for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
-    if (Entry->Token->Equals(&Token)) return Entry;
+int64_t TTavoTokenTree::ChainOf(const TTavoToken& Token, int32_t Key, int32_t& Match) const {
+  Match = 0;
+  if (!KeysChained()) return int64_t(Token.GetChainHash());
+  // A match hash that cannot be taken stays 0, for the token's removal as
+  // for its arrival.
+  if (!FMatchSlots.empty() && !MatchOf(Token, FMatchSlots, Match)) Match = 0;
+  return KeyPair(Key, Match);
+}
+
+TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int64_t Chain) const {
+  const TChain* Found = FChains.Find(Chain);
+  for (TEntry* Entry = Found ? Found->First : nullptr; Entry; Entry = Entry->ChainNext)
+    if (Entry->SortCode == Token.GetSortCode() && Entry->Token->Equals(&Token)) return Entry;
   return nullptr;
 }
 
@@ -221,28 +229,24 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (!Bucket) Bucket = std::make_unique<TBucket>();
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
-  if (FindEqual(*Token)) return false;
-  int32_t Match = 0;
-  if (!FMatchSlots.empty() && FMatchUsable && !MatchOf(*Token, FMatchSlots, Match)) FMatchUsable = false;
+  int32_t Match;
+  int64_t ChainKey = ChainOf(*Token, Key, Match);
+  if (FindEqual(*Token, ChainKey)) return false;
+  if (!FMatchSlots.empty() && Match == 0 && FMatchUsable) {
+    int32_t Checked;
+    if (!MatchOf(*Token, FMatchSlots, Checked)) FMatchUsable = false;
+  }
   auto* Entry = new TEntry{Key, Match, Token->GetSortCode(), Token};
   Entry->Prev = Bucket->Last;
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
   Bucket->Last = Entry;
   ++Bucket->Count;
-  if (TEntry** First = FIndex.Find(Token->GetChainHash())) {
-    Entry->NextSame = *First;
-    *First = Entry;
+  if (TChain* Chain = FChains.Find(ChainKey)) {
+    Entry->ChainPrev = Chain->Last;
+    Chain->Last->ChainNext = Entry;
+    Chain->Last = Entry;
   } else {
-    FIndex.Add(Token->GetChainHash(), Entry);
-  }
-  if (KeysChained()) {
-    if (TKeyChain* Chain = FKeys.Find(KeyPair(Key, Match))) {
-      Entry->KeyPrev = Chain->Last;
-      Chain->Last->KeyNext = Entry;
-      Chain->Last = Entry;
-    } else {
-      FKeys.Add(KeyPair(Key, Match), TKeyChain{Entry, Entry});
-    }
+    FChains.Add(ChainKey, TChain{Entry, Entry});
   }
   FEmpty = false;
   if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
@@ -250,30 +254,20 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
 }
 
 bool TTavoTokenTree::Remove(const IReteToken& Token) {
-  TEntry** First = FIndex.Find(Token->GetChainHash());
-  if (!First) return false;
-  TEntry* Before = nullptr;
-  TEntry* Entry = *First;
-  while (Entry && !Entry->Token->Equals(Token.Get())) Before = std::exchange(Entry, Entry->NextSame);
+  int32_t Match;
+  int64_t ChainKey = ChainOf(*Token, KeyOf(*Token), Match);
+  TEntry* Entry = FindEqual(*Token, ChainKey);
   if (!Entry) return false;
-  if (Before)
-    Before->NextSame = Entry->NextSame;
-  else if (Entry->NextSame)
-    *First = Entry->NextSame;
-  else
-    FIndex.Remove(Entry->Token->GetChainHash());
-  if (KeysChained()) {
-    if (Entry->KeyPrev) Entry->KeyPrev->KeyNext = Entry->KeyNext;
-    if (Entry->KeyNext) Entry->KeyNext->KeyPrev = Entry->KeyPrev;
-    if (!Entry->KeyPrev || !Entry->KeyNext) {
-      TKeyChain* Chain = FKeys.Find(KeyPair(Entry->Key, Entry->Match));
-      if (!Entry->KeyPrev && !Entry->KeyNext)
-        FKeys.Remove(KeyPair(Entry->Key, Entry->Match));
-      else if (!Entry->KeyPrev)
-        Chain->First = Entry->KeyNext;
-      else
-        Chain->Last = Entry->KeyPrev;
-    }
+  if (Entry->ChainPrev) Entry->ChainPrev->ChainNext = Entry->ChainNext;
+  if (Entry->ChainNext) Entry->ChainNext->ChainPrev = Entry->ChainPrev;
+  if (!Entry->ChainPrev || !Entry->ChainNext) {
+    TChain* Chain = FChains.Find(ChainKey);
+    if (!Entry->ChainPrev && !Entry->ChainNext)
+      FChains.Remove(ChainKey);
+    else if (!Entry->ChainPrev)
+      Chain->First = Entry->ChainNext;
+    else
+      Chain->Last = Entry->ChainPrev;
   }
   TBucket& Bucket = *FBuckets[size_t(BucketOf(Entry->Key))];
   (Entry->Prev ? Entry->Prev->Next : Bucket.First) = Entry->Next;

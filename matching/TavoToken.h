@@ -91,9 +91,10 @@ class TTavoTokenTree : public TPersistent {
  public:
   // A stored token with its keys, so that a keyed scan passes over tokens
   // of other keys by one comparison. Entries of a bucket are linked in
-  // order of insertion; entries of one sort code are chained from the
-  // tree's index, so that a token is found, refused or removed without a
-  // walk of its bucket.
+  // order of insertion. Entries are also chained by their key and match
+  // hash in a tree keyed by a slot, by a hash of their facts otherwise: a
+  // keyed scan walks one chain, and a token is found, refused or removed
+  // without a walk of its bucket.
   struct TEntry {
     int32_t Key;
     // The hash of the further slots that the join compares for equality
@@ -104,11 +105,10 @@ class TTavoTokenTree : public TPersistent {
     IReteToken Token;
     TEntry* Prev = nullptr;
     TEntry* Next = nullptr;
-    // The next entry of the same chain hash.
-    TEntry* NextSame = nullptr;
-    // The entries of the same key and match hash, oldest first.
-    TEntry* KeyPrev = nullptr;
-    TEntry* KeyNext = nullptr;
+    // The entries of the same chain (see TTavoTokenTree::ChainOf), oldest
+    // first.
+    TEntry* ChainPrev = nullptr;
+    TEntry* ChainNext = nullptr;
 
     static void* operator new(size_t Size);
     static void operator delete(void* Block, size_t Size) noexcept;
@@ -136,10 +136,10 @@ class TTavoTokenTree : public TPersistent {
 
   // The key of a token before it is reduced to a bucket.
   int32_t KeyOf(const TTavoToken& Token) const;
-  // The oldest entry of that key and match hash, followed through KeyNext;
-  // null when there is none, or when the tree keys by no slot.
+  // The oldest entry of that key and match hash, followed through
+  // ChainNext; for a tree that KeysChained.
   TEntry* FirstOfKey(int32_t Key, int32_t Match) const {
-    const TKeyChain* Chain = FKeys.Find(KeyPair(Key, Match));
+    const TChain* Chain = FChains.Find(KeyPair(Key, Match));
     return Chain ? Chain->First : nullptr;
   }
   // Whether entries are chained by key (a tree keyed by a slot value).
@@ -182,20 +182,20 @@ class TTavoTokenTree : public TPersistent {
   TBindingInfo FSlot;
   int FHash;
   int FTokenIndex;
+  // The chain of a token: its key and match hash when KeysChained, the
+  // hash of its facts otherwise.
+  int64_t ChainOf(const TTavoToken& Token, int32_t Key, int32_t& Match) const;
   // The entry stored under an equal token, or null.
-  TEntry* FindEqual(const TTavoToken& Token) const;
+  TEntry* FindEqual(const TTavoToken& Token, int64_t Chain) const;
   void FreeEntries();
 
   std::vector<std::unique_ptr<TBucket>> FBuckets;
-  // The first entry of each chain hash held.
-  TMekDictionary<uint32_t, TEntry*> FIndex;
-  struct TKeyChain {
+  struct TChain {
     TEntry* First = nullptr;
     TEntry* Last = nullptr;
   };
   static int64_t KeyPair(int32_t Key, int32_t Match) { return int64_t(uint64_t(uint32_t(Key)) << 32 | uint32_t(Match)); }
-  // The entries of each key and match hash, when KeysChained.
-  TMekDictionary<int64_t, TKeyChain> FKeys;
+  TMekDictionary<int64_t, TChain> FChains;
   bool FAllowNilBucket = true;
   bool FEmpty = false;
   int FLowIndex;
