@@ -481,9 +481,9 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
   switch (CallType) {
     case ctLeft:
       if (Tag == taRemove) {
-        if (FLeftMemory->Remove(Token)) RunTestsVaryRight(Token);
-      } else if (FLeftMemory->Add(FNegatedPattern ? Make<TTavoToken>(Token) : Token)) {
-        RunTestsVaryRight(Token);
+        if (IReteToken Held = FLeftMemory->Take(Token)) RunTestsVaryRight(Token, Held);
+      } else if (IReteToken Held = FNegatedPattern ? Make<TTavoToken>(Token) : Token; FLeftMemory->Add(Held)) {
+        RunTestsVaryRight(Token, Held);
         AskForBackChain(Token);
       }
       break;
@@ -500,7 +500,7 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
   return true;
 }
 
-void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
+void TJoinNode::RunTestsVaryRight(const IReteToken& Token, const IReteToken& Parent) {
   TTokenAction Tag = Token->GetTag();
   bool Adding = Tag == taAdd || Tag == taUpdate;
   // Walks one bucket of right tokens; false stops the whole scan.
@@ -515,7 +515,8 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
       Token->SetNegatedCount(Token->GetNegatedCount() + 1);
       return true;
     }
-    IReteToken Joined = Join(Token, Right->GetFact(), Right->GetStrength());
+    IReteToken Joined = Join(Parent, Right->GetFact(), Right->GetStrength());
+    if (Joined->GetTag() != Tag) Joined->SetTag(Tag);
     if (Tag != taRemove) ++FMatches;
     CallChildren(Joined);
     return !(FUnique && Adding);
@@ -544,14 +545,16 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token) {
         Scan(*Bucket);
       }
     } else {
-      for (int B = FRightMemory->GetLowIndex(); B <= FRightMemory->GetHighIndex(); ++B)
-        if (auto* Bucket = FRightMemory->GetTokens(B))
-          if (!Scan(*Bucket)) break;
+      // Every bucket that holds a token, from the lowest up.
+      for (int B = FRightMemory->NextFilled(0); B >= 0; B = FRightMemory->NextFilled(B + 1))
+        if (!Scan(FRightMemory->BucketAt(B))) break;
     }
   }
   if (FNegatedPattern && Token->GetNegatedCount() == 0) {
     ++FMatches;
-    CallChildren(Make<TTavoToken>(Token, Rete()->GetNullFact()));
+    IReteToken Passed = Make<TTavoToken>(Parent, Rete()->GetNullFact());
+    if (Passed->GetTag() != Tag) Passed->SetTag(Tag);
+    CallChildren(Passed);
   } else {
     Token->SetNegatedCount(0);
   }
@@ -600,8 +603,8 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
       Scan(*Bucket);
     }
   } else {
-    for (int B = FLeftMemory->GetLowIndex(); B <= FLeftMemory->GetHighIndex(); ++B)
-      if (auto* Bucket = FLeftMemory->GetTokens(B)) Scan(*Bucket);
+    for (int B = FLeftMemory->NextFilled(0); B >= 0; B = FLeftMemory->NextFilled(B + 1))
+      Scan(FLeftMemory->BucketAt(B));
   }
 }
 

@@ -227,7 +227,11 @@ class TJoinNode : public TTestNode {
   virtual void AskForBackChain(const IReteToken& Token);
 
  private:
-  void RunTestsVaryRight(const IReteToken& Token);
+  // Token meets the right memory; what passes is built on Parent, the
+  // token as the left memory holds it, so that every token below shares
+  // its chain with the one made when Token arrived and is found again
+  // without a walk of the whole chain.
+  void RunTestsVaryRight(const IReteToken& Token, const IReteToken& Parent);
   void RunTestsVaryLeft(const IReteToken& Token);
   // The join tests and the other tests against one candidate pair; the
   // context holds the left token and right fact when a test needs them.

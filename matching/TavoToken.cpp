@@ -1,5 +1,6 @@
 #include "matching/TavoToken.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -64,8 +65,14 @@ TTavoToken::TTavoToken(const IReteToken& Parent, const IFact& Fact) : FFact(Fact
 }
 
 TTavoToken::TTavoToken(const IReteToken& Source) {
-  if (Source) Assign(Source.Get());
-  FNegatedCount = 0;
+  if (!Source) return;
+  FCount = Source->FCount;
+  FFact = Source->FFact;
+  FParent = Source->FParent;
+  FStrength = Source->FStrength;
+  FSortCode = Source->FSortCode;
+  FChainHash = Source->FChainHash;
+  FTag = Source->FTag;
 }
 
 void TTavoToken::Assign(const TPersistent* Source) {
@@ -129,6 +136,7 @@ TTavoTokenTree::TTavoTokenTree(int Hash, int TokenIndex, int SubIndex, const Str
       FHash(Hash < 1 ? 1 : Hash),
       FTokenIndex(TokenIndex),
       FBuckets(size_t(FHash)),
+      FFilled((size_t(FHash) + 63) / 64),
       FLowIndex(FHash + 1) {}
 
 int32_t TTavoTokenTree::KeyOf(const TTavoToken& Token) const {
@@ -203,22 +211,15 @@ void TTavoTokenTree::FreeEntries() {
     for (TEntry* Entry = Bucket->First; Entry;) delete std::exchange(Entry, Entry->Next);
     *Bucket = TBucket();
   }
+  std::fill(FFilled.begin(), FFilled.end(), 0);
+  FIndex.Clear();
   FChains.Clear();
 }
 
-int64_t TTavoTokenTree::ChainOf(const TTavoToken& Token, int32_t Key, int32_t& Match) const {
-  Match = 0;
-  if (!KeysChained()) return int64_t(Token.GetChainHash());
-  // A match hash that cannot be taken stays 0, for the token's removal as
-  // for its arrival.
-  if (!FMatchSlots.empty() && !MatchOf(Token, FMatchSlots, Match)) Match = 0;
-  return KeyPair(Key, Match);
-}
-
-TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int64_t Chain) const {
-  const TChain* Found = FChains.Find(Chain);
-  for (TEntry* Entry = Found ? Found->First : nullptr; Entry; Entry = Entry->ChainNext)
-    if (Entry->SortCode == Token.GetSortCode() && Entry->Token->Equals(&Token)) return Entry;
+TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token) const {
+  TEntry* const* First = FIndex.Find(Token.GetChainHash());
+  for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
+    if (Entry->Token->Equals(&Token)) return Entry;
   return nullptr;
 }
 
@@ -229,53 +230,70 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (!Bucket) Bucket = std::make_unique<TBucket>();
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
-  int32_t Match;
-  int64_t ChainKey = ChainOf(*Token, Key, Match);
-  if (FindEqual(*Token, ChainKey)) return false;
-  if (!FMatchSlots.empty() && Match == 0 && FMatchUsable) {
-    int32_t Checked;
-    if (!MatchOf(*Token, FMatchSlots, Checked)) FMatchUsable = false;
-  }
-  auto* Entry = new TEntry{Key, Match, Token->GetSortCode(), Token};
+  if (FindEqual(*Token)) return false;
+  int32_t Match = 0;
+  if (!FMatchSlots.empty() && FMatchUsable && !MatchOf(*Token, FMatchSlots, Match)) FMatchUsable = false;
+  auto* Entry = new TEntry{Key, Match, Token};
   Entry->Prev = Bucket->Last;
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
   Bucket->Last = Entry;
-  ++Bucket->Count;
-  if (TChain* Chain = FChains.Find(ChainKey)) {
-    Entry->ChainPrev = Chain->Last;
-    Chain->Last->ChainNext = Entry;
-    Chain->Last = Entry;
+  if (Bucket->Count++ == 0) FFilled[size_t(Index) >> 6] |= uint64_t(1) << (Index & 63);
+  if (TEntry** First = FIndex.Find(Token->GetChainHash())) {
+    Entry->NextSame = *First;
+    *First = Entry;
   } else {
-    FChains.Add(ChainKey, TChain{Entry, Entry});
+    FIndex.Add(Token->GetChainHash(), Entry);
+  }
+  if (KeysChained()) {
+    if (TChain* Chain = FChains.Find(KeyPair(Key, Match))) {
+      Entry->ChainPrev = Chain->Last;
+      Chain->Last->ChainNext = Entry;
+      Chain->Last = Entry;
+    } else {
+      FChains.Add(KeyPair(Key, Match), TChain{Entry, Entry});
+    }
   }
   FEmpty = false;
   if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
   return true;
 }
 
-bool TTavoTokenTree::Remove(const IReteToken& Token) {
-  int32_t Match;
-  int64_t ChainKey = ChainOf(*Token, KeyOf(*Token), Match);
-  TEntry* Entry = FindEqual(*Token, ChainKey);
-  if (!Entry) return false;
-  if (Entry->ChainPrev) Entry->ChainPrev->ChainNext = Entry->ChainNext;
-  if (Entry->ChainNext) Entry->ChainNext->ChainPrev = Entry->ChainPrev;
-  if (!Entry->ChainPrev || !Entry->ChainNext) {
-    TChain* Chain = FChains.Find(ChainKey);
-    if (!Entry->ChainPrev && !Entry->ChainNext)
-      FChains.Remove(ChainKey);
-    else if (!Entry->ChainPrev)
-      Chain->First = Entry->ChainNext;
-    else
-      Chain->Last = Entry->ChainPrev;
+IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
+  TEntry** First = FIndex.Find(Token->GetChainHash());
+  if (!First) return nullptr;
+  TEntry* Before = nullptr;
+  TEntry* Entry = *First;
+  while (Entry && !Entry->Token->Equals(Token.Get())) Before = std::exchange(Entry, Entry->NextSame);
+  if (!Entry) return nullptr;
+  if (Before)
+    Before->NextSame = Entry->NextSame;
+  else if (Entry->NextSame)
+    *First = Entry->NextSame;
+  else
+    FIndex.Remove(Token->GetChainHash());
+  if (KeysChained()) {
+    if (Entry->ChainPrev) Entry->ChainPrev->ChainNext = Entry->ChainNext;
+    if (Entry->ChainNext) Entry->ChainNext->ChainPrev = Entry->ChainPrev;
+    if (!Entry->ChainPrev || !Entry->ChainNext) {
+      int64_t ChainKey = KeyPair(Entry->Key, Entry->Match);
+      TChain* Chain = FChains.Find(ChainKey);
+      if (!Entry->ChainPrev && !Entry->ChainNext)
+        FChains.Remove(ChainKey);
+      else if (!Entry->ChainPrev)
+        Chain->First = Entry->ChainNext;
+      else
+        Chain->Last = Entry->ChainPrev;
+    }
   }
-  TBucket& Bucket = *FBuckets[size_t(BucketOf(Entry->Key))];
+  int Index = BucketOf(Entry->Key);
+  TBucket& Bucket = *FBuckets[size_t(Index)];
   (Entry->Prev ? Entry->Prev->Next : Bucket.First) = Entry->Next;
   (Entry->Next ? Entry->Next->Prev : Bucket.Last) = Entry->Prev;
-  --Bucket.Count;
+  if (--Bucket.Count == 0) FFilled[size_t(Index) >> 6] &= ~(uint64_t(1) << (Index & 63));
   --FCount;
+  IReteToken Held = std::move(Entry->Token);
   delete Entry;
-  return true;
+  return Held;
 }
 
 void TTavoTokenTree::Clear() {

@@ -91,22 +91,22 @@ class TTavoTokenTree : public TPersistent {
  public:
   // A stored token with its keys, so that a keyed scan passes over tokens
   // of other keys by one comparison. Entries of a bucket are linked in
-  // order of insertion. Entries are also chained by their key and match
-  // hash in a tree keyed by a slot, by a hash of their facts otherwise: a
-  // keyed scan walks one chain, and a token is found, refused or removed
-  // without a walk of its bucket.
+  // order of insertion; they are chained by a hash of their facts, so that
+  // a token is found, refused or removed without a walk of its bucket, and
+  // in a tree keyed by a slot also by their key and match hash, so that a
+  // keyed scan walks only the tokens it can join.
   struct TEntry {
     int32_t Key;
     // The hash of the further slots that the join compares for equality
     // (see SetMatchSlots); 0 when the tree keeps none.
     int32_t Match;
-    // The token's own, compared before the token is touched.
-    int32_t SortCode;
     IReteToken Token;
     TEntry* Prev = nullptr;
     TEntry* Next = nullptr;
-    // The entries of the same chain (see TTavoTokenTree::ChainOf), oldest
-    // first.
+    // The next entry of the same hash of facts.
+    TEntry* NextSame = nullptr;
+    // The entries of the same key and match hash, oldest first, in a tree
+    // that KeysChained.
     TEntry* ChainPrev = nullptr;
     TEntry* ChainNext = nullptr;
 
@@ -129,7 +129,9 @@ class TTavoTokenTree : public TPersistent {
   // Refuses a token equal to one held.
   virtual bool Add(const IReteToken& Token);
   // The first token equal to Token goes.
-  virtual bool Remove(const IReteToken& Token);
+  virtual bool Remove(const IReteToken& Token) { return Take(Token) != nullptr; }
+  // The same, giving the token that was held, or null.
+  IReteToken Take(const IReteToken& Token);
   virtual void Clear();
   // The bucket of I; null for one never used while AllowNilBucket holds.
   TBucket* GetTokens(int I);
@@ -166,6 +168,16 @@ class TTavoTokenTree : public TPersistent {
   int GetSubIndex() const { return FSlot.GetSubIndex(); }
   const String& GetFactIndex() const { return FSlot.GetSlotIndex(); }
   bool GetUseHashCode() const { return FUseHashCode; }
+  // The first bucket from Index on that holds a token, or -1.
+  int NextFilled(int Index) const {
+    for (int Word = Index < 0 ? 0 : Index >> 6; size_t(Word) < FFilled.size(); ++Word) {
+      uint64_t Bits = FFilled[size_t(Word)];
+      if (Word == Index >> 6 && Index > 0) Bits &= ~uint64_t(0) << (Index & 63);
+      if (Bits) return Word * 64 + __builtin_ctzll(Bits);
+    }
+    return -1;
+  }
+  TBucket& BucketAt(int Index) const { return *FBuckets[size_t(Index)]; }
   int GetLowIndex() const { return FLowIndex; }
   int GetHighIndex() const { return FHighIndex; }
   bool GetEmpty() const { return FEmpty; }
@@ -182,19 +194,22 @@ class TTavoTokenTree : public TPersistent {
   TBindingInfo FSlot;
   int FHash;
   int FTokenIndex;
-  // The chain of a token: its key and match hash when KeysChained, the
-  // hash of its facts otherwise.
-  int64_t ChainOf(const TTavoToken& Token, int32_t Key, int32_t& Match) const;
   // The entry stored under an equal token, or null.
-  TEntry* FindEqual(const TTavoToken& Token, int64_t Chain) const;
+  TEntry* FindEqual(const TTavoToken& Token) const;
   void FreeEntries();
 
   std::vector<std::unique_ptr<TBucket>> FBuckets;
+  // One bit a bucket that holds a token, so that a full scan passes over
+  // empty buckets without touching them.
+  std::vector<uint64_t> FFilled;
   struct TChain {
     TEntry* First = nullptr;
     TEntry* Last = nullptr;
   };
   static int64_t KeyPair(int32_t Key, int32_t Match) { return int64_t(uint64_t(uint32_t(Key)) << 32 | uint32_t(Match)); }
+  // The first entry of each hash of facts held.
+  TMekDictionary<uint32_t, TEntry*> FIndex;
+  // The entries of each key and match hash, when KeysChained.
   TMekDictionary<int64_t, TChain> FChains;
   bool FAllowNilBucket = true;
   bool FEmpty = false;
