@@ -12,9 +12,9 @@ namespace tavo {
 namespace {
 
 thread_local bool TokenCacheGone = false;
-thread_local TBlockCache<sizeof(TTavoToken), 16384> TokenCache(TokenCacheGone);
+thread_local TBlockCache<sizeof(TTavoToken), 262144> TokenCache(TokenCacheGone);
 thread_local bool EntryCacheGone = false;
-thread_local TBlockCache<sizeof(TTavoTokenTree::TEntry), 16384> EntryCache(EntryCacheGone);
+thread_local TBlockCache<sizeof(TTavoTokenTree::TEntry), 262144> EntryCache(EntryCacheGone);
 
 constexpr const char16_t* TokenActionNames[] = {u"taClear", u"taAdd", u"taRemove", u"taUpdate"};
 
