@@ -1,5 +1,6 @@
 #include "engine/InferenceEngine.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 
@@ -65,6 +66,7 @@ void TInferenceEngine::UnhookEvents() {
     }
   OnAddRule = nullptr;
   OnRemoveRule = nullptr;
+  OnRuleFired = nullptr;
   OnAddActivation = nullptr;
   OnRemoveActivation = nullptr;
   OnPrintOut = nullptr;
@@ -381,9 +383,25 @@ void TInferenceEngine::ProcessPendingFacts() {
 
 
 void TInferenceEngine::SetStrategy(TSearchStrategy Value) {
-  // A different strategy re-sorts the agenda's activations once an agenda
-  // holds them.
+  if (Value == FStrategy) return;
+  if (!FAgenda) {
+    FStrategy = Value;
+    return;
+  }
+  // The agenda's order moves to a temporary that keeps it, and every
+  // activation comes back sorted under the new strategy.
+  const bool FreeData = FAgenda->GetFreeData();
+  FAgenda->SetFreeData(false);
+  TTavoAgenda Temporary;
+  for (TActivation* Activation : *FAgenda) Temporary.Add(Activation);
   FStrategy = Value;
+  try {
+    SetAgenda(Temporary);
+  } catch (...) {
+    FAgenda->SetFreeData(FreeData);
+    throw;
+  }
+  FAgenda->SetFreeData(FreeData);
 }
 
 // Symbols and the lock.
@@ -670,41 +688,70 @@ int TInferenceEngine::GetAgendaCount() const { return FAgenda ? FAgenda->Count()
 
 // Activations.
 
-namespace {
-
-// The agenda of the module whose network made the activation.
-TActivationAgenda* AgendaOf(TActivation* Activation, TActivationAgenda* Current) {
-  TPatternMatchTerminalNode* Node = Activation->GetNode();
-  TReteNetwork* Network = Node ? Node->Rete() : nullptr;
-  TModule* Module = Network ? Network->GetModule() : nullptr;
-  return Module && Module->GetAgenda() ? Module->GetAgenda() : Current;
+void TInferenceEngine::AddActivation(TActivation* Activation) {
+  try {
+    TRule* Rule = Activation->GetRule();
+    if (Rule) Rule->EvaluateSalience();
+    TActivationAgenda* Agenda = FAgenda;
+    if (TPatternMatchTerminalNode* Node = Activation->GetNode())
+      if (TReteNetwork* Network = Node->Rete(); Network && Network->GetModule() && Network->GetModule()->GetAgenda())
+        Agenda = Network->GetModule()->GetAgenda();
+    int Index = Agenda->Add(Activation);
+    if (Watching(cwActivation)) PrintOut(u"==> Activation: " + Activation->ToString() + u"\r\n");
+    if (OnAddActivation) OnAddActivation(this, Index, Activation);
+    if (PeekFocus() && Rule && Rule->GetAutoFocus()) PushFocus(FCurrentModule);
+  } catch (const EAbort&) {
+    // A silent abort leaves the activation wherever it had got to.
+  }
 }
 
-}  // namespace
+void TInferenceEngine::RemoveActivationAt(int Index, bool Free) {
+  TActivation* Activation = FAgenda->GetActivations(Index);
+  if (OnRemoveActivation) OnRemoveActivation(this, Index, Activation);
+  if (Watching(cwActivation))
+    PrintOut(u"<== Activation: " + (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) + u" : " +
+             Activation->GetToken()->GetToFactsString() + u"\r\n");
+  // By the activation: a handler may have moved its entry.
+  if (!FAgenda->ExtractData(Activation)) return;
+  if (Free && Activation != FCurrentAgendaItem && FAgenda->GetFreeData()) delete Activation;
+}
 
-void TInferenceEngine::AddActivation(TActivation* Activation) {
-  if (TRule* Rule = Activation->GetRule()) Rule->EvaluateSalience();
-  int Index = AgendaOf(Activation, FAgenda)->Add(Activation);
-  if (Watching(cwActivation)) PrintOut(u"==> Activation: " + Activation->ToString() + u"\r\n");
-  if (OnAddActivation) OnAddActivation(this, Index, Activation);
-  if (PeekFocus() && Activation->GetRule() && Activation->GetRule()->GetAutoFocus()) PushFocus(FCurrentModule);
+void TInferenceEngine::RemoveActivation(int Index) {
+  if (FAgenda) RemoveActivationAt(Index, true);
 }
 
 bool TInferenceEngine::RemoveActivation(TActivation* Activation) {
-  if (TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda); Agenda && Agenda->Contains(Activation)) {
-    // The index is worked out only for a host that asks for it.
-    if (OnRemoveActivation) OnRemoveActivation(this, Agenda->IndexOfData(Activation), Activation);
-    if (Watching(cwActivation))
-      PrintOut(u"<== Activation: " + (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) +
-               u" : " + Activation->GetToken()->GetToFactsString() + u"\r\n");
-    Agenda->ExtractData(Activation);
+  // The activation's own module acts; a module already on its way out has
+  // no agenda to leave.
+  TPatternMatchTerminalNode* Node = Activation->GetNode();
+  TReteNetwork* Network = Node ? Node->Rete() : nullptr;
+  TModule* Module = Network ? Network->GetModule() : nullptr;
+  IModule Remembered;
+  if (Network && Network != FRete) {
+    if (!Module || !Module->GetAgenda()) return Activation != FCurrentAgendaItem;
+    Remembered = FCurrentModule;
+    Module->FocusModule();
   }
-  // The activation being fired stays alive for the firing code.
+  try {
+    // The network frees what is taken off here, so the entry is extracted.
+    if (int Index = FAgenda ? FAgenda->IndexOfData(Activation) : -1; Index >= 0) RemoveActivationAt(Index, false);
+  } catch (...) {
+    if (Remembered) Remembered->FocusModule();
+    throw;
+  }
+  if (Remembered) Remembered->FocusModule();
   return Activation != FCurrentAgendaItem;
 }
 
 void TInferenceEngine::RuleFired(TActivation* Activation) {
-  if (TActivationAgenda* Agenda = AgendaOf(Activation, FAgenda)) Agenda->ExtractData(Activation);
+  TRule* Rule = Activation->GetRule();
+  if (OnRuleFired) OnRuleFired(this, Rule);
+  RemoveActivation(Activation);
+  // A oneshot rule fires once until reset: the node stops making its
+  // activations, and those it made before the firing leave the agenda with
+  // the fired one, so that none of them fires later.
+  if (Rule && Rule->GetOneShot())
+    if (TPatternMatchTerminalNode* Node = Activation->GetNode()) Node->StandDown();
 }
 
 // Rules.
@@ -772,7 +819,7 @@ bool TInferenceEngine::IsGlobalVariableName(StringView Name) const {
 
 int TInferenceEngine::GetFactCount() const { return FFacts ? FFacts->Count() : 0; }
 
-double TInferenceEngine::ClockSeconds() {
+double TInferenceEngine::ClockSeconds() const {
   // A monotonic clock: a run's span never goes negative, even across midnight.
   using namespace std::chrono;
   return duration<double>(steady_clock::now().time_since_epoch()).count();
@@ -780,10 +827,11 @@ double TInferenceEngine::ClockSeconds() {
 
 int TInferenceEngine::Run(int MaxFirings) {
   BeginInference();
-  IModule Top = PeekFocus();
-  if (Top && Top != FCurrentModule) SetCurrentModule(Top);
+  if (IModule Top = PeekFocus(); Top && Top != FCurrentModule) SetCurrentModule(Top);
+  // Made by the first reorder; freed on every way out.
+  std::unique_ptr<TTavoAgenda> Spare;
   while (!FHalt && PeekFocus() && FStatNumRulesFired < MaxFirings) {
-    RunFiringLoop(MaxFirings);
+    RunFiringLoop(MaxFirings, Spare);
     if (GetAgendaCount() == 0) PopFocus();
   }
   int Result = FStatNumRulesFired;
@@ -791,41 +839,96 @@ int TInferenceEngine::Run(int MaxFirings) {
   return Result;
 }
 
-void TInferenceEngine::RunFiringLoop(int MaxFirings) {
+void TInferenceEngine::RunFiringLoop(int MaxFirings, std::unique_ptr<TTavoAgenda>& Spare) {
   while (GetAgendaCount() > 0 && !FHalt && FStatNumRulesFired < MaxFirings) {
     Lock();
     try {
       // The lock may have let a host empty the agenda.
-      // Firing activation 0 arrives with activations.
-      IModule Top = PeekFocus();
-      if (Top && Top != FCurrentModule) SetCurrentModule(Top);
-      if (GetAgendaCount() > 0) {
-        // Activation 0 fires; it stays on the agenda through its actions
-        // and is freed once it has fired, or failed.
-        TActivation* Activation = FAgenda->GetActivations(0);
-        FCurrentAgendaItem = Activation;
-        if (Watching(cwRule))
-          PrintOut(Format(u"FIRE %d ", FStatNumRulesFired) +
-                   (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) + u" " +
-                   Activation->GetToken()->GetToFactsString() + u"\r\n");
-        try {
-          Activation->Fire();
-        } catch (...) {
-          FCurrentAgendaItem = nullptr;
-          RuleFired(Activation);
-          delete Activation;
-          throw;
-        }
-        FCurrentAgendaItem = nullptr;
-        RuleFired(Activation);
-        delete Activation;
-        ++FStatNumRulesFired;
-      }
+      if (GetAgendaCount() > 0) FireActivation();
+      if (FEvalSalience == sEveryTime && FAgenda) ReorderAgenda(Spare);
+      // An action may have pushed another module's focus: the loop goes on
+      // with that module's agenda.
+      if (IModule Top = PeekFocus(); Top && Top != FCurrentModule) SetCurrentModule(Top);
     } catch (...) {
       Unlock();
       throw;
     }
     Unlock();
+  }
+}
+
+void TInferenceEngine::FireActivation() {
+  // Activation 0 stays on the agenda through its actions, guarded by
+  // FCurrentAgendaItem from being freed by them; the fired rule takes it
+  // off. A run started by an action guards its own and gives this one back.
+  TActivation* Activation = FAgenda->GetActivations(0);
+  TActivation* Outer = FCurrentAgendaItem;
+  FCurrentAgendaItem = Activation;
+  try {
+    // The facts are the token's text, as in the agenda and the activation
+    // lines: the null fact at a negated position shows there as f--1 too,
+    // so that one match reads the same wherever it is shown.
+    if (Watching(cwRule))
+      PrintOut(Format(u"FIRE %d ", FStatNumRulesFired) +
+               (Activation->GetRule() ? Activation->GetRule()->GetRuleName() : String()) + u" " +
+               Activation->GetToken()->GetToFactsString() + u"\r\n");
+    Activation->Fire();
+    if (FWatch.Contains(cwStatistics)) {
+      const int Facts = GetFactCount();
+      const int Activations = GetAgendaCount();
+      FStatMeanFacts += float(Facts);
+      FStatMaxFacts = std::max(FStatMaxFacts, Facts);
+      FStatMeanActivations += float(Activations);
+      FStatMaxActivations = std::max(FStatMaxActivations, Activations);
+    }
+  } catch (...) {
+    // Still on the agenda after a failed action: freeing it withdraws it.
+    delete Activation;
+    FCurrentAgendaItem = Outer;
+    throw;
+  }
+  delete Activation;
+  FCurrentAgendaItem = Outer;
+  ++FStatNumRulesFired;
+}
+
+void TInferenceEngine::ReorderAgenda(std::unique_ptr<TTavoAgenda>& Spare) {
+  // The spare has no engine, so it keeps the agenda's order as it takes it.
+  if (!Spare) Spare = std::make_unique<TTavoAgenda>();
+  const bool FreeData = FAgenda->GetFreeData();
+  FAgenda->SetFreeData(false);
+  for (TActivation* Activation : *FAgenda) Spare->Add(Activation);
+  try {
+    SetAgenda(*Spare);
+  } catch (...) {
+    FAgenda->SetFreeData(FreeData);
+    throw;
+  }
+  FAgenda->SetFreeData(FreeData);
+}
+
+void TInferenceEngine::SetAgenda(TActivationAgenda& Source) {
+  // Nothing is freed here: the agenda's FreeData is off.
+  FAgenda->Clear();
+  // Each activation leaves the source as its clone takes its place in the
+  // node and goes back through AddActivation: salience evaluated anew,
+  // strength 1.0, watch line and event. The activation being fired goes
+  // back itself, for the firing code holds it.
+  TActivation* Placed = nullptr;
+  try {
+    while (Source.Count() > 0) {
+      TActivation* Original = Source.Extract(0);
+      Placed = Original == FCurrentAgendaItem ? Original : Original->CloneIntoNode();
+      if (Placed != Original) delete Original;
+      AddActivation(Placed);
+      Placed = nullptr;
+    }
+  } catch (...) {
+    // A salience that fails to evaluate loses no activation and frees none
+    // twice: the rest go back unannounced.
+    if (Placed && !FAgenda->Contains(Placed)) FAgenda->Add(Placed);
+    while (Source.Count() > 0) FAgenda->Add(Source.Extract(0));
+    throw;
   }
 }
 

@@ -139,6 +139,8 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   IModule FocusRuleModule(StringView Module) override { return FocusFactSetModule(Module, false); }
   TRuleEvent OnAddRule;
   TRuleEvent OnRemoveRule;
+  // After a rule's actions, before its activation leaves the agenda.
+  TRuleEvent OnRuleFired;
   TAgendaEvent OnAddActivation;
   TAgendaEvent OnRemoveActivation;
   const IFact& GetNullFact() const override { return FNullFact; }
@@ -265,9 +267,18 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   TActivation* GetCurrentAgendaItem() const { return FCurrentAgendaItem; }
 
   // What the networks ask of the engine. An activation goes on the agenda
-  // of its network's module.
+  // of its network's module, placed by the salience its rule has just
+  // evaluated to.
   void AddActivation(TActivation* Activation) override;
+  // Takes the activation off its module's agenda, that module current for
+  // the moment, and tells OnRemoveActivation and the watch first; FALSE for
+  // the activation being fired, which stays alive for the firing code.
   bool RemoveActivation(TActivation* Activation) override;
+  // The same for the entry at Index of the current agenda, which is freed
+  // unless it is being fired.
+  void RemoveActivation(int Index);
+  // OnRuleFired, then the activation leaves the agenda alive: whoever fired
+  // it frees it. A oneshot rule's other activations leave with it.
   void RuleFired(TActivation* Activation) override;
   TTavoPattern* GetInitialFactPattern() const override { return FInitialFactPattern; }
   std::vector<IFact> GetNetworkFacts(const TReteNetwork* Network) const override;
@@ -304,19 +315,24 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   // Where an activation of that salience goes on the current agenda; -1
   // for the end.
   int SearchSalience(int Salience) const { return FAgenda ? tavo::SearchSalience(*FAgenda, Salience, FStrategy) : -1; }
+  // A different strategy re-sorts the current agenda: every activation goes
+  // back through AddActivation as a clone at full strength.
   virtual void SetStrategy(TSearchStrategy Value);
   TTypeChecks GetTypeChecks() const override { return FTypeChecks; }
   void SetTypeChecks(TTypeChecks Value) { FTypeChecks = Value; }
   TConstructWatches GetWatch() const { return FWatch; }
   void SetWatch(TConstructWatches Value) { FWatch = Value; }
-  // Set by the host only; no operation of the engine changes it.
+  // Set by the host only; no operation of the engine changes it. With
+  // sEveryTime the agenda is re-sorted after each firing.
   TSalience GetEvalSalience() const { return FEvalSalience; }
   void SetEvalSalience(TSalience Value) { FEvalSalience = Value; }
   float GetVersion() const { return FVersion; }
   bool GetHalt() const { return FHalt; }
   void SetHalt(bool Value) { FHalt = Value; }
 
-  // Statistics of the last run (gathered when cwStatistics is watched).
+  // Statistics of the last run, gathered when cwStatistics is watched: the
+  // means are sums of the fact count and the agenda size after each firing
+  // until the run ends, when they are divided by the firings.
   int GetStatNumRulesFired() const { return FStatNumRulesFired; }
   double GetStatRunTime() const { return FStatRunTime; }
   int GetStatMaxActivations() const { return FStatMaxActivations; }
@@ -358,13 +374,19 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   virtual void BeginInference();
   virtual void EndInference();
   virtual void DoChangeCurrentModule();
+  // Seconds on a clock that never goes back; the run time is the span
+  // between two readings. A descendant may supply its own clock.
+  virtual double ClockSeconds() const;
 
  private:
   void UnhookEvents();
-  void RunFiringLoop(int MaxFirings);
+  void RunFiringLoop(int MaxFirings, std::unique_ptr<TTavoAgenda>& Spare);
+  void FireActivation();
+  void ReorderAgenda(std::unique_ptr<TTavoAgenda>& Spare);
+  void SetAgenda(TActivationAgenda& Source);
+  void RemoveActivationAt(int Index, bool Free);
   void PrintStatistics();
   bool Watching(TConstructWatch Watch) const { return FWatch.Contains(Watch) && OnPrintOut != nullptr; }
-  static double ClockSeconds();
 
   friend class TModule;
   // Every module made for this engine, so that it can be told when the

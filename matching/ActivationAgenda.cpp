@@ -24,29 +24,14 @@ void TActivation::SetStrength(float Value) {
 
 TActivation* TActivation::Clone() const { return new TActivation(FRule, FToken, FNode); }
 
-namespace {
-
-// The node puts a clone where Old stands in its list, in Old's order of
-// arrival, and Old leaves unannounced. A node that has no way to do so
-// keeps Old, which then stands for its own clone: a clone outside the
-// node would outlive a retraction of its facts.
-template <class TNode>
-TActivation* TakeNodePlace(TNode* Node, TActivation* Old) {
-  if constexpr (requires(TActivation* New) { Node->ReplaceActivation(Old, New); }) {
-    TActivation* New = Old->Clone();
-    Node->ReplaceActivation(Old, New);
-    return New;
-  } else {
-    return Old;
-  }
-}
-
-}  // namespace
-
 TActivation* TActivation::CloneIntoNode() {
-  TActivation* Result = FNode && FInNode ? TakeNodePlace(FNode, this) : this;
-  if (Result == this) SetStrength(1.0f);
-  return Result;
+  if (!FNode || !FInNode) {
+    SetStrength(1.0f);
+    return this;
+  }
+  TActivation* New = Clone();
+  FNode->ReplaceActivation(this, New);
+  return New;
 }
 
 void TActivation::Assign(const TPersistent* Source) {
@@ -187,7 +172,8 @@ int TActivationAgenda::Add(TActivation* Activation) {
   FSeed ^= FSeed >> 17;
   FSeed ^= FSeed << 5;
   auto* Node = new TNode{Activation, Activation->GetRule() ? Activation->GetRule()->GetSalience() : 0, FSeed};
-  Activation->FAgendaEntry = Node;
+  // A copy in a second agenda leaves the reference to the first.
+  if (!Activation->FAgendaEntry) Activation->FAgendaEntry = Node;
   TNode *Left, *Right;
   Split(FRoot, Index, Left, Right);
   FRoot = Merge(Merge(Left, Node), Right);
@@ -208,7 +194,7 @@ void TActivationAgenda::Unlink(TNode* Node) {
   Split(Middle, 1, Middle, Right);
   FRoot = Merge(Left, Right);
   if (FRoot) FRoot->Parent = nullptr;
-  // A copy in another agenda keeps its own entry.
+  // The reference may be that of an agenda which held the activation first.
   if (Node->Activation->FAgendaEntry == Node) Node->Activation->FAgendaEntry = nullptr;
   delete Node;
 }

@@ -36,9 +36,8 @@ class TActivation : public TPersistent {
   virtual TActivation* Clone() const;
   // A clone for re-sorting an agenda, which takes this activation's place
   // in its terminal node, so that a later retraction withdraws the clone;
-  // this one leaves the node unannounced and is the caller's to free. When
-  // the node cannot hand its place over, the result is this very
-  // activation at strength 1.0.
+  // this one leaves the node unannounced and is the caller's to free. An
+  // activation in no node's list is its own clone, at strength 1.0.
   TActivation* CloneIntoNode();
   void Assign(const TPersistent* Source) override;
   // The rule's actions on the token, then the node is told.
@@ -56,6 +55,8 @@ class TActivation : public TPersistent {
   friend class TPatternMatchTerminalNode;
   TActivation* FNodePrev = nullptr;
   TActivation* FNodeNext = nullptr;
+  // The next activation of the node whose token has the same hash of facts.
+  TActivation* FNodeSame = nullptr;
   uint64_t FNodeSequence = 0;
   bool FInNode = false;
   // The agenda entry that holds the activation, if any.
@@ -68,7 +69,7 @@ using TActivationEvent = std::function<void(TObject* Sender, TActivation* Activa
 // The activations of one module in agenda order. The agenda owns them: an
 // entry deleted frees its activation while FreeData holds. An activation
 // copied into a second agenda (for re-sorting) is found by reference only
-// in the agenda that took it last; by index it is found in both. Entries sit in a
+// in the agenda that held it first; by index it is found in both. Entries sit in a
 // tree ordered by position that knows the size of each subtree, so that an
 // index, an insertion at an index and the withdrawal of an activation each
 // cost a logarithm of the agenda's length. An entry keeps the salience its

@@ -656,7 +656,51 @@ void TPatternMatchTerminalNode::Link(TActivation* Activation) {
   Activation->FNodeSequence = FSequence++;
   Activation->FInNode = true;
   ++FCount;
-  FBySortCode.emplace(Activation->GetToken()->GetSortCode(), Activation);
+  Index(Activation);
+}
+
+void TPatternMatchTerminalNode::Index(TActivation* Activation) {
+  uint32_t Chain = Activation->GetToken()->GetChainHash();
+  if (TActivation** First = FByChain.Find(Chain)) {
+    Activation->FNodeSame = *First;
+    *First = Activation;
+  } else {
+    Activation->FNodeSame = nullptr;
+    FByChain.Add(Chain, Activation);
+  }
+}
+
+void TPatternMatchTerminalNode::Unindex(TActivation* Activation) {
+  uint32_t Chain = Activation->GetToken()->GetChainHash();
+  TActivation** First = FByChain.Find(Chain);
+  if (!First) return;
+  if (*First == Activation) {
+    if (Activation->FNodeSame)
+      *First = Activation->FNodeSame;
+    else
+      FByChain.Remove(Chain);
+  } else {
+    for (TActivation* Before = *First; Before->FNodeSame; Before = Before->FNodeSame)
+      if (Before->FNodeSame == Activation) {
+        Before->FNodeSame = Activation->FNodeSame;
+        break;
+      }
+  }
+  Activation->FNodeSame = nullptr;
+}
+
+void TPatternMatchTerminalNode::ReplaceActivation(TActivation* Old, TActivation* New) {
+  if (!Old->FInNode || Old->GetNode() != this) return;
+  Unindex(Old);
+  New->FNodePrev = Old->FNodePrev;
+  New->FNodeNext = Old->FNodeNext;
+  (Old->FNodePrev ? Old->FNodePrev->FNodeNext : FFirst) = New;
+  (Old->FNodeNext ? Old->FNodeNext->FNodePrev : FLast) = New;
+  New->FNodeSequence = Old->FNodeSequence;
+  New->FInNode = true;
+  Old->FNodePrev = Old->FNodeNext = nullptr;
+  Old->FInNode = false;
+  Index(New);
 }
 
 void TPatternMatchTerminalNode::Unlink(TActivation* Activation) {
@@ -665,12 +709,7 @@ void TPatternMatchTerminalNode::Unlink(TActivation* Activation) {
   Activation->FNodePrev = Activation->FNodeNext = nullptr;
   Activation->FInNode = false;
   --FCount;
-  auto Range = FBySortCode.equal_range(Activation->GetToken()->GetSortCode());
-  for (auto It = Range.first; It != Range.second; ++It)
-    if (It->second == Activation) {
-      FBySortCode.erase(It);
-      break;
-    }
+  Unindex(Activation);
 }
 
 TActivation* TPatternMatchTerminalNode::GetActivation(int Index) const {
@@ -702,25 +741,24 @@ void TPatternMatchTerminalNode::StandDown() {
 }
 
 void TPatternMatchTerminalNode::StandDown(const IReteToken& Token) {
-  auto Range = FBySortCode.equal_range(Token->GetSortCode());
+  TActivation* const* Chain = FByChain.Find(Token->GetChainHash());
   TActivation* First = nullptr;
-  for (auto It = Range.first; It != Range.second; ++It)
-    if ((!First || It->second->FNodeSequence < First->FNodeSequence) && It->second->GetToken()->Equals(Token.Get()))
-      First = It->second;
+  for (TActivation* Each = Chain ? *Chain : nullptr; Each; Each = Each->FNodeSame)
+    if ((!First || Each->FNodeSequence < First->FNodeSequence) && Each->GetToken()->Equals(Token.Get())) First = Each;
   if (First) Deactivate(First);
 }
 
 void TPatternMatchTerminalNode::FastClearActivations() {
   for (TActivation* Activation = FFirst; Activation;) {
     TActivation* Next = Activation->FNodeNext;
-    Activation->FNodePrev = Activation->FNodeNext = nullptr;
+    Activation->FNodePrev = Activation->FNodeNext = Activation->FNodeSame = nullptr;
     Activation->FInNode = false;
     Activation->SetNode(nullptr);
     Activation = Next;
   }
   FFirst = FLast = nullptr;
   FCount = 0;
-  FBySortCode.clear();
+  FByChain.Clear();
 }
 
 String TPatternMatchTerminalNode::ToString() const {

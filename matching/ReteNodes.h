@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/MekGraph.h"
+#include "common/MekHashTables.h"
 #include "core/TavoContext.h"
 #include "knowledge/TavoFacts.h"
 #include "knowledge/TavoPattern.h"
@@ -291,12 +292,15 @@ class TPatternMatchTerminalNode : public TReteNode {
   virtual void StandDown(const IReteToken& Token);
   // Forgets the activations without telling anyone.
   void FastClearActivations();
+  // Puts New where Old stands in the list, in Old's order of arrival; Old
+  // leaves unannounced.
+  void ReplaceActivation(TActivation* Old, TActivation* New);
   String ToString() const override;
 
  private:
   // The activations in order of arrival, linked through themselves, and
-  // found by their tokens' sort codes: a retraction withdraws its match
-  // without a walk of the list.
+  // found by a hash of their tokens' facts: a retraction withdraws its
+  // match without a walk of the list.
   void Link(TActivation* Activation);
   void Unlink(TActivation* Activation);
 
@@ -306,7 +310,11 @@ class TPatternMatchTerminalNode : public TReteNode {
   TActivation* FLast = nullptr;
   int FCount = 0;
   uint64_t FSequence = 0;
-  std::unordered_multimap<int32_t, TActivation*> FBySortCode;
+  // The first activation of each hash of its token's facts, the others
+  // chained through FNodeSame.
+  TMekDictionary<uint32_t, TActivation*> FByChain;
+  void Index(TActivation* Activation);
+  void Unindex(TActivation* Activation);
 };
 
 }  // namespace tavo

@@ -2,6 +2,8 @@
 //
 //   tavo FILE...   runs each file's top-level forms in order
 //   tavo           a prompt on a terminal; forms from standard input otherwise
+//   options before the files set the agenda's strategy and when salience
+//   is evaluated (tavo --help)
 #include <pthread.h>
 #include <unistd.h>
 
@@ -20,7 +22,7 @@ using namespace tavo;
 namespace {
 
 constexpr char Usage[] =
-    "Usage: tavo [--help] [FILE...]\n"
+    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [FILE...]\n"
     "\n"
     "Runs the top-level forms of each FILE in order, as a batch: expressions,\n"
     "function calls and definitions of the rule language. What the engine\n"
@@ -32,10 +34,17 @@ constexpr char Usage[] =
     "prompt or banner otherwise.\n"
     "\n"
     "Options:\n"
-    "  --help   show this text and stop\n"
+    "  --help              show this text and stop\n"
+    "  --strategy=WAY      how activations of equal salience are ordered:\n"
+    "                      depth (the newest first, the default) or breadth\n"
+    "                      (the oldest first)\n"
+    "  --salience=WHEN     when rules' salience expressions are evaluated:\n"
+    "                      activation (as each activation is placed, the\n"
+    "                      default) or every-cycle (also after each firing,\n"
+    "                      when the agenda is sorted again)\n"
     "\n"
     "The exit status is 0 when every form ran, 1 when any failed, 2 for a\n"
-    "file that cannot be read.\n";
+    "file that cannot be read or a bad option.\n";
 
 void ReportError(const String& Message) {
   std::cout.flush();
@@ -128,11 +137,27 @@ bool RunPrompt(TInferenceEngine& Engine) {
 int RunHost(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   std::vector<std::string> Files;
+  TSearchStrategy Strategy = ssDepthFirst;
+  TSalience EvalSalience = sActivate;
   for (int I = 1; I < argc; ++I) {
     std::string Argument = argv[I];
     if (Argument == "--help" || Argument == "-h") {
       std::cout << Usage;
       return 0;
+    }
+    const size_t Equals = Argument.find('=');
+    const std::string Name = Argument.substr(0, Equals);
+    if (Equals != std::string::npos && (Name == "--strategy" || Name == "--salience")) {
+      const std::string Value = Argument.substr(Equals + 1);
+      if (Name == "--strategy" && (Value == "depth" || Value == "breadth")) {
+        Strategy = Value == "depth" ? ssDepthFirst : ssBreadthFirst;
+      } else if (Name == "--salience" && (Value == "activation" || Value == "every-cycle")) {
+        EvalSalience = Value == "activation" ? sActivate : sEveryTime;
+      } else {
+        std::cerr << "tavo: unknown value " << Value << " for " << Name << "\n" << Usage;
+        return 2;
+      }
+      continue;
     }
     if (Argument.size() > 1 && Argument[0] == '-') {
       std::cerr << "tavo: unknown option " << Argument << "\n" << Usage;
@@ -142,6 +167,8 @@ int RunHost(int argc, char** argv) {
   }
 
   TInferenceEngine Engine;
+  Engine.SetStrategy(Strategy);
+  Engine.SetEvalSalience(EvalSalience);
   Engine.OnPrintOut = [](TObject*, const String&, const String& Text) { std::cout << StringToUtf8(Text); };
   // read and readline take their input from standard input, a line at a time.
   Engine.OnReadLine = [](TObject*, const String&, String& Text) {

@@ -92,3 +92,31 @@ TEST_F(TAgendaTest, EntriesLeaveByIndexOrByActivationAndTellTheirText) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+TEST_F(TAgendaTest, AnAgendaWithoutAnEngineKeepsOrderAndCopiesLeaveTheOriginalWhole) {
+  Engine.Parse(u"(deftemplate s (slot n) (slot x))");
+  Place(0);
+  Place(20);
+  Place(10);
+  ASSERT_EQ(Order(), u"s20 s10 s0 ");
+  // A copy of the entries, for re-sorting: the engine's agenda still owns them.
+  TTavoAgenda Copy;
+  Copy.SetFreeData(false);
+  for (TActivation* Activation : *Engine.GetAgenda()) Copy.Add(Activation);
+  EXPECT_EQ(Copy.GetActivations(2)->GetRule()->GetRuleName(), u"s0") << "appended in arrival order";
+  EXPECT_EQ(Copy.IndexOfData(Copy.GetActivations(1)), -1) << "found by reference in its first agenda only";
+  EXPECT_EQ(Engine.GetAgenda()->IndexOfData(Copy.GetActivations(1)), 1);
+  Copy.Extract(0);
+  Copy.Clear();
+  EXPECT_EQ(Order(), u"s20 s10 s0 ");
+  TActivation* Last = Engine.GetAgenda()->Extract(2);
+  EXPECT_EQ(Last->GetRule()->GetRuleName(), u"s0");
+  delete Last;
+  EXPECT_EQ(Order(), u"s20 s10 ");
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,7 +1,8 @@
 # Runs one script through the command-line host and compares what it prints
 # with the expected output byte for byte; an optional NAME.err beside the
-# expected output holds the expected standard error, and an optional NAME.in
-# beside the script the standard input.
+# expected output holds the expected standard error, an optional NAME.in
+# beside the script the standard input, and an optional NAME.args beside the
+# script the host's options, separated by blanks or lines.
 #
 #   -DTAVO=host -DSCRIPT=NAME.clp -DEXPECTED=NAME.out
 #   -DINPUT=file        standard input from this file instead, when it exists
@@ -15,7 +16,14 @@ endif()
 if(NOT EXISTS ${InputFile})
   set(InputFile /dev/null)
 endif()
-execute_process(COMMAND ${TAVO} ${SCRIPT} INPUT_FILE ${InputFile}
+string(REGEX REPLACE "\\.clp$" ".args" ArgumentsFile ${SCRIPT})
+set(Arguments)
+if(EXISTS ${ArgumentsFile})
+  file(READ ${ArgumentsFile} Arguments)
+  string(STRIP "${Arguments}" Arguments)
+  separate_arguments(Arguments UNIX_COMMAND "${Arguments}")
+endif()
+execute_process(COMMAND ${TAVO} ${Arguments} ${SCRIPT} INPUT_FILE ${InputFile}
                 OUTPUT_VARIABLE Actual ERROR_VARIABLE ActualErrors RESULT_VARIABLE Status)
 file(READ ${EXPECTED} Expected)
 if(NOT Actual STREQUAL Expected)
