@@ -104,6 +104,19 @@ class TCounted : public Base {
     const int32_t Count = FRefCount.load(std::memory_order_acquire);
     if (Count == 1 || (Count > 0 && FRefCount.fetch_sub(1, std::memory_order_acq_rel) == 1)) delete this;
   }
+  // The same two for an object that only the thread driving its owner may
+  // touch, one thread at a time under the owner's lock: no atomic step.
+  void AddReferenceConfined() const noexcept {
+    const int32_t Count = FRefCount.load(std::memory_order_relaxed);
+    if (Count >= 0) FRefCount.store(Count + 1, std::memory_order_relaxed);
+  }
+  void ReleaseReferenceConfined() const noexcept {
+    const int32_t Count = FRefCount.load(std::memory_order_relaxed);
+    if (Count == 1)
+      delete this;
+    else if (Count > 0)
+      FRefCount.store(Count - 1, std::memory_order_relaxed);
+  }
   // The first reference to an object that no other thread can see yet.
   void AdoptFirstReference() const noexcept {
     if (FRefCount.load(std::memory_order_relaxed) == 0)

@@ -33,6 +33,12 @@ class TTavoToken : public TTavoTokenPersistent {
   static void* operator new(size_t Size);
   static void operator delete(void* Block, size_t Size) noexcept;
 
+  // A token never leaves the engine that made it, which one thread at a
+  // time drives under its lock, and tokens come and go by the million: their
+  // counts take no atomic step. These hide the counted base's own.
+  void AddReference() const noexcept { AddReferenceConfined(); }
+  void ReleaseReference() const noexcept { ReleaseReferenceConfined(); }
+
   // The host's tag and the general comparison and copy stay reachable
   // beside the token's own.
   using TTavoTokenPersistent::Assign;
