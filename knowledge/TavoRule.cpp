@@ -213,6 +213,7 @@ TBinding* TRule::AddBinding(const String& Name, int FactIndex, const String& Slo
   for (auto& Held : FBindings)
     if (Held->Equals(Binding.get())) return Held.get();
   FBindings.push_back(std::move(Binding));
+  ++FBindingsVersion;
   return FBindings.back().get();
 }
 
@@ -329,50 +330,92 @@ void TRule::AddPattern(TTavoPattern* Pattern) {
   }
 }
 
+bool TRule::BindingValue(const TBinding& Binding, TContextToken* Token, const IFact* Null, ITavoValue& Value) const {
+  int Index = Binding.GetFactIndex();
+  if (!Token || Index < 0 || Index >= Token->GetCount()) return false;
+  TContextFact* Fact = Token->GetContextFact(Index);
+  // A place of a negation holds the null fact, and binds nothing.
+  if (!Fact || (Null && Fact == Null->Get())) return false;
+  if (Binding.GetSlotIndex() == SPatternBinding) {
+    Value = Make<TTavoValue>(Fact->GetID(), dtFactId);
+  } else {
+    Value = ReadSlot(*Fact, Binding);
+    if (Binding.GetSubIndex() != NoSubIndex && Value && Value->GetDType() == dtList)
+      Value = Value->GetAsList()->Get(Binding.GetSubIndex());
+  }
+  return true;
+}
+
+const ITavoValue& TRule::RuleNameValue() {
+  if (!FRuleNameValue || FRuleNameValue->GetAsString() != FRuleName)
+    FRuleNameValue = Make<TTavoValue>(FRuleName, dtString);
+  return FRuleNameValue;
+}
+
 void TRule::Prepare(TContextToken* Token, TTavoContext* Context) {
   const IFact* Null = FRuleEngine ? &FRuleEngine->GetNullFact() : nullptr;
   for (auto& Binding : FBindings) {
     if (Binding->GetSlotIndex() == SLocalBinding) continue;
-    int Index = Binding->GetFactIndex();
-    if (!Token || Index < 0 || Index >= Token->GetCount()) continue;
-    TContextFact* Fact = Token->GetContextFact(Index);
-    // A place of a negation holds the null fact, and binds nothing.
-    if (!Fact || (Null && Fact == Null->Get())) continue;
     ITavoValue Value;
-    if (Binding->GetSlotIndex() == SPatternBinding) {
-      Value = Make<TTavoValue>(Fact->GetID(), dtFactId);
-    } else {
-      Value = ReadSlot(*Fact, *Binding);
-      if (Binding->GetSubIndex() != NoSubIndex && Value && Value->GetDType() == dtList)
-        Value = Value->GetAsList()->Get(Binding->GetSubIndex());
-    }
+    if (!BindingValue(*Binding, Token, Null, Value)) continue;
     Binding->SetValue(Value);
     Context->AddLocalBinding(Binding->GetName(), Value);
   }
-  Context->AddLocalBinding(SRuleBinding, Make<TTavoValue>(FRuleName, dtString));
+  Context->AddLocalBinding(SRuleBinding, RuleNameValue());
+}
+
+const TFrameLayout& TRule::FrameLayout() {
+  if (FFrameVersion != FBindingsVersion) {
+    FFrameLayout.Clear();
+    FFramePositions.assign(FBindings.size(), -1);
+    for (size_t I = 0; I < FBindings.size(); ++I)
+      if (FBindings[I]->GetSlotIndex() != SLocalBinding) FFramePositions[I] = FFrameLayout.Add(FBindings[I]->GetName());
+    FFrameLayout.Add(SRuleBinding);
+    FFrameVersion = FBindingsVersion;
+  }
+  return FFrameLayout;
 }
 
 void TRule::Fire(TContextToken* Token) {
   IRuleEngine* RuleEngine = Engine();
-  std::unique_ptr<TTavoContext> Child(RuleEngine->GetContext()->Push());
-  Child->ClearReturnValue();
-  Prepare(Token, Child.get());
+  TTavoContext* Global = RuleEngine->GetContext();
+  // The firing's scope lives on the stack, its variables in a frame by
+  // position: a firing allocates no scope and no binding.
+  TTavoContext Child(Global, Global->GetEngine());
+  const TFrameLayout& Layout = FrameLayout();
+  Child.OpenFrame(Layout);
+  Child.ClearReturnValue();
+  if (Child.GetFrameCount() == Layout.Count()) {
+    const IFact* Null = FRuleEngine ? &FRuleEngine->GetNullFact() : nullptr;
+    for (size_t I = 0; I < FBindings.size(); ++I) {
+      int Position = FFramePositions[I];
+      if (Position < 0) continue;
+      ITavoValue Value;
+      if (!BindingValue(*FBindings[I], Token, Null, Value)) continue;
+      FBindings[I]->SetValue(Value);
+      Child.GetFrameBinding(Position).SetValue(std::move(Value));
+    }
+    Child.GetFrameBinding(Layout.Count() - 1).SetValue(RuleNameValue());
+  } else {
+    Prepare(Token, &Child);
+  }
   FHasFired = true;
-  if (OnFire) OnFire(this, Child.get());
+  if (OnFire) OnFire(this, &Child);
   // Results of actions are dropped; an exception passes out.
   ITavoValue Result;
-  for (int I = 0; I < FActions.Count() && !Child->GetReturning(); ++I) FActions.Get(I)->Execute(Child.get(), Result);
-  if (Child->GetReturning()) {
-    if (Child->GetReturnValue().Get() == FCPopFocus.Get()) RuleEngine->PopFocusModule();
-    Child->ClearReturnValue();
+  for (int I = 0; I < FActions.Count() && !Child.GetReturning(); ++I) FActions.Get(I)->Execute(&Child, Result);
+  if (Child.GetReturning()) {
+    if (Child.GetReturnValue().Get() == FCPopFocus.Get()) RuleEngine->PopFocusModule();
+    Child.ClearReturnValue();
   }
-  Child->Pop();
+  Child.Pop();
 }
 
 void TRule::SetPatterns(const TRulePatternList& Patterns) {
   BeginUpdate();
   try {
     FBindings.clear();
+    ++FBindingsVersion;
     FPatterns.Clear();
     for (int I = 0; I < Patterns.Count(); ++I) {
       // A goal's companion comes back by itself.

@@ -168,6 +168,18 @@ class TRule : public TComponent {
   TRuleActionList FActions{this};
   TRulePatternList FPatterns{this};
   std::vector<std::unique_ptr<TBinding>> FBindings;
+  // The frame a firing opens: each binding's name at its position, then
+  // the rule's name binding; laid out again when the bindings change.
+  TFrameLayout FFrameLayout;
+  std::vector<int> FFramePositions;
+  uint64_t FBindingsVersion = 0;
+  uint64_t FFrameVersion = ~uint64_t(0);
+  // The rule's name as the firing binds it, made again after a rename.
+  ITavoValue FRuleNameValue;
+  const TFrameLayout& FrameLayout();
+  // The value a binding takes from Token; false where it binds nothing.
+  bool BindingValue(const TBinding& Binding, TContextToken* Token, const IFact* Null, ITavoValue& Value) const;
+  const ITavoValue& RuleNameValue();
   TComponent* FEngine = nullptr;
   IRuleEngine* FRuleEngine = nullptr;
   String FCompilation;
