@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -136,6 +137,33 @@ class TCounted : public Base {
 };
 
 using TCountedObject = TCounted<TObject>;
+
+// dynamic_cast<T*> for a cast made again and again on objects of one
+// dynamic type, as an interface of the engine taken from its owner: the
+// offset found for the last dynamic type serves while the type stays the
+// same, which is exact, since one dynamic type places its bases at one
+// offset. A cast across the bases of a class with several of them otherwise
+// compares type names on every call.
+template <class T, class S>
+T* RepeatedCast(S* Object) {
+  struct TLast {
+    const std::type_info* Type = nullptr;
+    std::ptrdiff_t Offset = 0;
+    bool Fails = false;
+  };
+  static thread_local TLast Last;
+  if (!Object) return nullptr;
+  const std::type_info& Type = typeid(*Object);
+  if (&Type != Last.Type) {
+    T* Result = dynamic_cast<T*>(Object);
+    Last.Type = &Type;
+    Last.Fails = !Result;
+    Last.Offset = Result ? reinterpret_cast<const char*>(Result) - reinterpret_cast<const char*>(Object) : 0;
+    return Result;
+  }
+  if (Last.Fails) return nullptr;
+  return reinterpret_cast<T*>(const_cast<char*>(reinterpret_cast<const char*>(Object)) + Last.Offset);
+}
 
 // TRef counts through these, found by argument-dependent lookup. A class that
 // must be held while it is still incomplete (a lower layer holding an object

@@ -97,7 +97,7 @@ class TFactTemplate : public TModuleConstruct {
 
   TObject* GetAOwner() const { return FOwner; }
   // The owner as an engine, or null.
-  IReasoner* GetReasoner() const { return dynamic_cast<IReasoner*>(FOwner); }
+  IReasoner* GetReasoner() const { return RepeatedCast<IReasoner>(FOwner); }
   const String& GetTemplateName() const { return FTemplateName; }
   virtual void SetTemplateName(const String& Value);
   const String& GetComment() const { return FComment; }

@@ -9,7 +9,7 @@ namespace tavo {
 TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) {
   IReasoner* Reasoner = Context ? Context->GetEngine() : nullptr;
   if (!Reasoner) Reasoner = FunCall.GetReasoner();
-  auto* Engine = dynamic_cast<TInferenceEngine*>(Reasoner);
+  auto* Engine = RepeatedCast<TInferenceEngine>(Reasoner);
   if (!Engine) throw ETavoException(SUnknownEngine);
   return *Engine;
 }
