@@ -141,5 +141,39 @@ TEST(MekObjectsTest, ComponentCloneKeepsClassAndOwner) {
   EXPECT_EQ(Owner.GetComponentCount(), 2);
 }
 
+// Two bases at different offsets, so that a cross cast moves the pointer.
+struct TFirstBase {
+  virtual ~TFirstBase() = default;
+  int64_t Padding = 1;
+};
+struct TSecondBase {
+  virtual ~TSecondBase() = default;
+  int Mark = 0;
+};
+struct TBoth : TFirstBase, TSecondBase {};
+struct TOnlyFirst : TFirstBase {};
+struct TBothAgain : TFirstBase, TSecondBase {
+  int64_t More = 3;
+};
+
+TEST(MekObjectsTest, RepeatedCastAnswersAsDynamicCastAcrossChangingTypes) {
+  TBoth A, B;
+  TOnlyFirst C;
+  TBothAgain D;
+  A.Mark = 1;
+  B.Mark = 2;
+  D.Mark = 4;
+  // The same dynamic type twice (the cached offset), a type without the
+  // base, another type with it at its own offset, and nothing at all.
+  for (int Round = 0; Round < 2; ++Round) {
+    TFirstBase* Objects[] = {&A, &B, &C, &D, &A, nullptr};
+    for (TFirstBase* Object : Objects) {
+      TSecondBase* Expected = Object ? dynamic_cast<TSecondBase*>(Object) : nullptr;
+      EXPECT_EQ(RepeatedCast<TSecondBase>(Object), Expected);
+    }
+  }
+  EXPECT_EQ(RepeatedCast<TSecondBase>(static_cast<TFirstBase*>(&B))->Mark, 2);
+}
+
 }  // namespace
 }  // namespace tavo
