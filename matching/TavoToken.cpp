@@ -137,7 +137,9 @@ TTavoTokenTree::TTavoTokenTree(int Hash, int TokenIndex, int SubIndex, const Str
       FTokenIndex(TokenIndex),
       FBuckets(size_t(FHash)),
       FFilled((size_t(FHash) + 63) / 64),
-      FLowIndex(FHash + 1) {}
+      FLowIndex(FHash + 1) {
+  FIndexed = !KeysChained();
+}
 
 int32_t TTavoTokenTree::KeyOf(const TTavoToken& Token) const {
   if (FUseHashCode) return Token.GetSortCode();
@@ -214,13 +216,42 @@ void TTavoTokenTree::FreeEntries() {
   std::fill(FFilled.begin(), FFilled.end(), 0);
   FIndex.Clear();
   FChains.Clear();
+  FIndexed = !KeysChained();
 }
 
-TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token) const {
-  TEntry* const* First = FIndex.Find(Token.GetChainHash());
-  for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
-    if (Entry->Token->Equals(&Token)) return Entry;
+int32_t TTavoTokenTree::MatchOrNone(const TTavoToken& Token) const {
+  int32_t Match = 0;
+  // A match hash that cannot be taken stays 0, alike when the token comes
+  // and when it goes.
+  if (!FMatchSlots.empty() && !MatchOf(Token, FMatchSlots, Match)) Match = 0;
+  return Match;
+}
+
+TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int32_t Key, int32_t Match,
+                                                  int& Steps) const {
+  Steps = 0;
+  if (FIndexed) {
+    TEntry* const* First = FIndex.Find(Token.GetChainHash());
+    for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
+      if (Entry->Token->Equals(&Token)) return Entry;
+    return nullptr;
+  }
+  // An equal token has the same key and match hash: its chain holds it.
+  const TChain* Chain = FChains.Find(KeyPair(Key, Match));
+  for (TEntry* Entry = Chain ? Chain->First : nullptr; Entry; Entry = Entry->ChainNext, ++Steps)
+    if (Entry->Token->GetSortCode() == Token.GetSortCode() && Entry->Token->Equals(&Token)) return Entry;
   return nullptr;
+}
+
+void TTavoTokenTree::IndexEntry(TEntry* Entry) {
+  uint32_t Hash = Entry->Token->GetChainHash();
+  if (TEntry** First = FIndex.Find(Hash)) {
+    Entry->NextSame = *First;
+    *First = Entry;
+  } else {
+    Entry->NextSame = nullptr;
+    FIndex.Add(Hash, Entry);
+  }
 }
 
 bool TTavoTokenTree::Add(const IReteToken& Token) {
@@ -230,20 +261,18 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (!Bucket) Bucket = std::make_unique<TBucket>();
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
-  if (FindEqual(*Token)) return false;
-  int32_t Match = 0;
-  if (!FMatchSlots.empty() && FMatchUsable && !MatchOf(*Token, FMatchSlots, Match)) FMatchUsable = false;
+  int32_t Match = KeysChained() ? MatchOrNone(*Token) : 0;
+  int Steps;
+  if (FindEqual(*Token, Key, Match, Steps)) return false;
+  if (!FMatchSlots.empty() && FMatchUsable) {
+    int32_t Checked;
+    if (!MatchOf(*Token, FMatchSlots, Checked)) FMatchUsable = false;
+  }
   auto* Entry = new TEntry{Key, Match, Token};
   Entry->Prev = Bucket->Last;
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
   Bucket->Last = Entry;
   if (Bucket->Count++ == 0) FFilled[size_t(Index) >> 6] |= uint64_t(1) << (Index & 63);
-  if (TEntry** First = FIndex.Find(Token->GetChainHash())) {
-    Entry->NextSame = *First;
-    *First = Entry;
-  } else {
-    FIndex.Add(Token->GetChainHash(), Entry);
-  }
   if (KeysChained()) {
     if (TChain* Chain = FChains.Find(KeyPair(Key, Match))) {
       Entry->ChainPrev = Chain->Last;
@@ -253,24 +282,41 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
       FChains.Add(KeyPair(Key, Match), TChain{Entry, Entry});
     }
   }
+  if (FIndexed) {
+    IndexEntry(Entry);
+  } else if (Steps > MaxChainWalk) {
+    // Tokens of one key are many here: from now on they are found by the
+    // hash of their facts.
+    for (auto& Held : FBuckets)
+      if (Held)
+        for (TEntry* Each = Held->First; Each; Each = Each->Next) IndexEntry(Each);
+    FIndexed = true;
+  }
   FEmpty = false;
   if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
   return true;
 }
 
 IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
-  TEntry** First = FIndex.Find(Token->GetChainHash());
-  if (!First) return nullptr;
-  TEntry* Before = nullptr;
-  TEntry* Entry = *First;
-  while (Entry && !Entry->Token->Equals(Token.Get())) Before = std::exchange(Entry, Entry->NextSame);
+  int32_t Match = KeysChained() ? MatchOrNone(*Token) : 0;
+  int Steps;
+  TEntry* Entry = FindEqual(*Token, KeysChained() ? KeyOf(*Token) : 0, Match, Steps);
   if (!Entry) return nullptr;
-  if (Before)
-    Before->NextSame = Entry->NextSame;
-  else if (Entry->NextSame)
-    *First = Entry->NextSame;
-  else
-    FIndex.Remove(Token->GetChainHash());
+  if (FIndexed) {
+    TEntry** First = FIndex.Find(Entry->Token->GetChainHash());
+    if (*First == Entry) {
+      if (Entry->NextSame)
+        *First = Entry->NextSame;
+      else
+        FIndex.Remove(Entry->Token->GetChainHash());
+    } else {
+      for (TEntry* Before = *First; Before; Before = Before->NextSame)
+        if (Before->NextSame == Entry) {
+          Before->NextSame = Entry->NextSame;
+          break;
+        }
+    }
+  }
   if (KeysChained()) {
     if (Entry->ChainPrev) Entry->ChainPrev->ChainNext = Entry->ChainNext;
     if (Entry->ChainNext) Entry->ChainNext->ChainPrev = Entry->ChainPrev;

@@ -200,8 +200,16 @@ class TTavoTokenTree : public TPersistent {
   TBindingInfo FSlot;
   int FHash;
   int FTokenIndex;
-  // The entry stored under an equal token, or null.
-  TEntry* FindEqual(const TTavoToken& Token) const;
+  // The entry stored under an equal token, or null; Steps tells how many
+  // entries of a key's chain were passed.
+  TEntry* FindEqual(const TTavoToken& Token, int32_t Key, int32_t Match, int& Steps) const;
+  int32_t MatchOrNone(const TTavoToken& Token) const;
+  void IndexEntry(TEntry* Entry);
+  // A tree keyed by a slot finds a token in its key's chain, until a chain
+  // proves longer than this; then, and in every other tree, by the index of
+  // hashes of facts.
+  static constexpr int MaxChainWalk = 8;
+  bool FIndexed = true;
   void FreeEntries();
 
   std::vector<std::unique_ptr<TBucket>> FBuckets;
@@ -213,7 +221,7 @@ class TTavoTokenTree : public TPersistent {
     TEntry* Last = nullptr;
   };
   static int64_t KeyPair(int32_t Key, int32_t Match) { return int64_t(uint64_t(uint32_t(Key)) << 32 | uint32_t(Match)); }
-  // The first entry of each hash of facts held.
+  // The first entry of each hash of facts held, while FIndexed.
   TMekDictionary<uint32_t, TEntry*> FIndex;
   // The entries of each key and match hash, when KeysChained.
   TMekDictionary<int64_t, TChain> FChains;
