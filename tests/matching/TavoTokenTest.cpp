@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "knowledge/TavoFactTemplate.h"
 #include "tests/TestSupport.h"
 
@@ -105,6 +107,40 @@ TEST_F(TTokenTest, TreesRefuseDuplicatesAndTrackTheirBuckets) {
   EXPECT_EQ(Tree.GetLowIndex(), 8);
   Tree.SetAllowNilBucket(false);
   EXPECT_NE(Tree.GetTokens(-4), nullptr);
+}
+
+TEST_F(TTokenTest, KeyedTreesFindTokensOfOneKeyAtAnyCountInTheOrderTheyCame) {
+  // One colour for all, then one of another: the chain of "red" outgrows
+  // its walk and the tree turns to its index half way.
+  TTavoTokenTree Tree(101, 0, -1, u"colour", false);
+  std::vector<IReteToken> Reds;
+  for (int Id = 1; Id <= 30; ++Id) {
+    Reds.push_back(Make<TTavoToken>(taAdd, NewFact(Id, u"red")));
+    ASSERT_TRUE(Tree.Add(Reds.back()));
+    // Each one held is refused again, before and after the change.
+    EXPECT_FALSE(Tree.Add(Make<TTavoToken>(taAdd, NewFact(Id, u"red"))));
+  }
+  ASSERT_TRUE(Tree.Add(Make<TTavoToken>(taAdd, NewFact(99, u"blue"))));
+  const int32_t Red = Atom(u"red")->GetHashCode();
+  // Every third goes, by a token that only equals it.
+  for (int Id = 3; Id <= 30; Id += 3) {
+    IReteToken Gone = Tree.Take(Make<TTavoToken>(taRemove, NewFact(Id, u"red")));
+    ASSERT_TRUE(Gone);
+    EXPECT_EQ(Gone.Get(), Reds[size_t(Id - 1)].Get());
+  }
+  EXPECT_FALSE(Tree.Remove(Make<TTavoToken>(taRemove, NewFact(3, u"red"))));
+  std::vector<int> Order;
+  for (auto* Entry = Tree.FirstOfKey(Red, 0); Entry; Entry = Entry->ChainNext)
+    Order.push_back(Entry->Token->GetFacts(0)->GetID());
+  std::vector<int> Expected;
+  for (int Id = 1; Id <= 30; ++Id)
+    if (Id % 3 != 0) Expected.push_back(Id);
+  EXPECT_EQ(Order, Expected);
+  // The bucket holds the same tokens; the other colour has a bucket of its own.
+  int InBucket = 0;
+  for (auto* Entry = Tree.GetTokens(Red)->First; Entry; Entry = Entry->Next) InBucket += Entry->Key == Red;
+  EXPECT_EQ(InBucket, 20);
+  EXPECT_TRUE(Tree.Add(Make<TTavoToken>(taAdd, NewFact(3, u"red"))));
 }
 
 TEST_F(TTokenTest, KeysComeFromSortCodesIdsSlotsOrListItems) {
