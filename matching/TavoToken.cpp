@@ -233,18 +233,18 @@ TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int32
   if (FIndexed) {
     TEntry* const* First = FIndex.Find(Token.GetChainHash());
     for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
-      if (Entry->Token->Equals(&Token)) return Entry;
+      if (Entry->ChainHash == Token.GetChainHash() && Entry->Token->Equals(&Token)) return Entry;
     return nullptr;
   }
   // An equal token has the same key and match hash: its chain holds it.
   const TChain* Chain = FChains.Find(KeyPair(Key, Match));
   for (TEntry* Entry = Chain ? Chain->First : nullptr; Entry; Entry = Entry->ChainNext, ++Steps)
-    if (Entry->Token->GetSortCode() == Token.GetSortCode() && Entry->Token->Equals(&Token)) return Entry;
+    if (Entry->ChainHash == Token.GetChainHash() && Entry->Token->Equals(&Token)) return Entry;
   return nullptr;
 }
 
 void TTavoTokenTree::IndexEntry(TEntry* Entry) {
-  uint32_t Hash = Entry->Token->GetChainHash();
+  uint32_t Hash = Entry->ChainHash;
   if (TEntry** First = FIndex.Find(Hash)) {
     Entry->NextSame = *First;
     *First = Entry;
@@ -268,7 +268,7 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
     int32_t Checked;
     if (!MatchOf(*Token, FMatchSlots, Checked)) FMatchUsable = false;
   }
-  auto* Entry = new TEntry{Key, Match, Token};
+  auto* Entry = new TEntry{Key, Match, Token->GetChainHash(), Token};
   Entry->Prev = Bucket->Last;
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
   Bucket->Last = Entry;
@@ -303,12 +303,12 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   TEntry* Entry = FindEqual(*Token, KeysChained() ? KeyOf(*Token) : 0, Match, Steps);
   if (!Entry) return nullptr;
   if (FIndexed) {
-    TEntry** First = FIndex.Find(Entry->Token->GetChainHash());
+    TEntry** First = FIndex.Find(Entry->ChainHash);
     if (*First == Entry) {
       if (Entry->NextSame)
         *First = Entry->NextSame;
       else
-        FIndex.Remove(Entry->Token->GetChainHash());
+        FIndex.Remove(Entry->ChainHash);
     } else {
       for (TEntry* Before = *First; Before; Before = Before->NextSame)
         if (Before->NextSame == Entry) {

@@ -106,6 +106,8 @@ class TTavoTokenTree : public TPersistent {
     // The hash of the further slots that the join compares for equality
     // (see SetMatchSlots); 0 when the tree keeps none.
     int32_t Match;
+    // The token's hash of facts, compared before the token is touched.
+    uint32_t ChainHash;
     IReteToken Token;
     TEntry* Prev = nullptr;
     TEntry* Next = nullptr;
