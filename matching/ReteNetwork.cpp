@@ -485,6 +485,8 @@ bool TReteNetwork::ProcessTokenOneNode(const IReteToken& Token, TReteNode* Node)
 
 void TReteNetwork::UpdateNodes(const std::vector<TReteNode*>& Nodes) {
   if (!FEngine) return;
+  // Facts come round again: a walk under way meets tokens held already.
+  TFreshWalk::Forget();
   for (const IFact& Fact : FEngine->GetNetworkFacts(this)) {
     IReteToken Remove = Make<TTavoToken>(taRemove, Fact);
     for (TReteNode* Node : Nodes) ProcessTokenOneNode(Remove, Node);
@@ -557,6 +559,8 @@ const std::vector<TReteNode*>& TReteNetwork::RootsFor(TFactTemplate* Template) {
 bool TReteNetwork::ProcessToken(const IReteToken& Token) {
   TTokenAction Tag = Token->GetTag();
   if (!FEnabled && (Tag == taAdd || Tag == taUpdate)) return false;
+  TFreshWalk Walk(Tag == taAdd ? Token->GetFact().Get() : nullptr);
+  Token->SetFresh();
   bool Result = false;
   TFactTemplate* Template = Tag == taClear || !Token->GetFact() ? nullptr : Token->GetFact()->GetTemplate().Get();
   if (!Template) {

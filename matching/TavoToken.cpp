@@ -36,6 +36,37 @@ String GetTokenActionName(TTokenAction Action) {
   return TokenActionNames[Action];
 }
 
+// TFreshWalk
+
+namespace {
+
+struct TWalkState {
+  const TFact* Fact = nullptr;
+  uint32_t Serial = 0;
+  int Depth = 0;
+};
+thread_local TWalkState Walk;
+
+void NextSerial() {
+  if (++Walk.Serial == 0) Walk.Serial = 1;
+}
+
+}  // namespace
+
+TFreshWalk::TFreshWalk(const TFact* Fact) {
+  NextSerial();
+  Walk.Fact = Walk.Depth++ == 0 ? Fact : nullptr;
+}
+
+TFreshWalk::~TFreshWalk() {
+  if (--Walk.Depth == 0) Forget();
+}
+
+void TFreshWalk::Forget() {
+  Walk.Fact = nullptr;
+  NextSerial();
+}
+
 // TTavoToken
 
 void* TTavoToken::operator new(size_t Size) {
@@ -50,11 +81,17 @@ void TTavoToken::operator delete(void* Block, size_t Size) noexcept {
 }
 
 TTavoToken::TTavoToken(TTokenAction Tag, const IFact& Fact)
-    : FCount(1), FFact(Fact), FSortCode(Fact ? Fact->GetID() : 0), FChainHash(ChainHash(0, Fact)), FTag(Tag) {}
+    : FCount(1),
+      FFact(Fact),
+      FSortCode(Fact ? Fact->GetID() : 0),
+      FChainHash(ChainHash(0, Fact)),
+      FWalk(Walk.Fact && Fact.Get() == Walk.Fact ? Walk.Serial : 0),
+      FTag(Tag) {}
 
 TTavoToken::TTavoToken(const IReteToken& Parent, const IFact& Fact) : FFact(Fact), FParent(Parent) {
   FSortCode = Shifted(Parent ? Parent->FSortCode : 0, Fact ? Fact->GetID() : 0);
   FChainHash = ChainHash(Parent ? Parent->FChainHash : 0, Fact);
+  if (Walk.Fact && (Fact.Get() == Walk.Fact || (Parent && Parent->FWalk == Walk.Serial))) FWalk = Walk.Serial;
   if (Parent) {
     FTag = Parent->FTag;
     FStrength = Parent->FStrength;
@@ -72,7 +109,14 @@ TTavoToken::TTavoToken(const IReteToken& Source) {
   FStrength = Source->FStrength;
   FSortCode = Source->FSortCode;
   FChainHash = Source->FChainHash;
+  FWalk = Source->FWalk;
   FTag = Source->FTag;
+}
+
+bool TTavoToken::IsFresh() const { return FWalk != 0 && FWalk == Walk.Serial && Walk.Fact; }
+
+void TTavoToken::SetFresh() {
+  if (Walk.Fact && FFact.Get() == Walk.Fact) FWalk = Walk.Serial;
 }
 
 void TTavoToken::Assign(const TPersistent* Source) {
@@ -262,8 +306,8 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
   int32_t Match = KeysChained() ? MatchOrNone(*Token) : 0;
-  int Steps;
-  if (FindEqual(*Token, Key, Match, Steps)) return false;
+  int Steps = 0;
+  if (!Token->IsFresh() && FindEqual(*Token, Key, Match, Steps)) return false;
   if (!FMatchSlots.empty() && FMatchUsable) {
     int32_t Checked;
     if (!MatchOf(*Token, FMatchSlots, Checked)) FMatchUsable = false;

@@ -11,6 +11,21 @@
 
 namespace tavo {
 
+// The assertion of one new fact travelling through a network. Every token
+// made on its way that holds the fact is new to every memory, since no
+// memory held the fact before: a memory takes such a token without looking
+// for an equal one. A walk begun inside another one, or a rule compiled on
+// the way, ends that certainty until the outer walk is over.
+class TFreshWalk {
+ public:
+  explicit TFreshWalk(const TFact* Fact);
+  ~TFreshWalk();
+  TFreshWalk(const TFreshWalk&) = delete;
+  TFreshWalk& operator=(const TFreshWalk&) = delete;
+  // No token made from now on in the present walk counts as new.
+  static void Forget();
+};
+
 class TTavoTokenPersistent : public TContextToken {
   TAVO_CLASS(TTavoTokenPersistent, TContextToken)
 };
@@ -65,6 +80,11 @@ class TTavoToken : public TTavoTokenPersistent {
   // A hash of the chain's fact ids, which unlike the sort code spreads
   // tokens of different facts apart: memories find tokens by it.
   uint32_t GetChainHash() const { return FChainHash; }
+  // Whether the token holds the fact of the walk under way, which no memory
+  // can hold yet.
+  bool IsFresh() const;
+  // Marks the token that starts a walk.
+  void SetFresh();
   TTokenAction GetTag() const { return FTag; }
   // Any action but taClear needs a fact of the token's own.
   virtual void SetTag(TTokenAction Value);
@@ -85,6 +105,8 @@ class TTavoToken : public TTavoTokenPersistent {
   float FStrength = 1.0f;
   int32_t FSortCode = 0;
   uint32_t FChainHash = 0;
+  // The walk that made the token holding its fact, or 0.
+  uint32_t FWalk = 0;
   TTokenAction FTag = taClear;
 };
 
