@@ -384,24 +384,13 @@ void TInferenceEngine::ProcessPendingFacts() {
 
 void TInferenceEngine::SetStrategy(TSearchStrategy Value) {
   if (Value == FStrategy) return;
-  if (!FAgenda) {
-    FStrategy = Value;
-    return;
-  }
-  // The agenda's order moves to a temporary that keeps it, and every
-  // activation comes back sorted under the new strategy.
-  const bool FreeData = FAgenda->GetFreeData();
-  FAgenda->SetFreeData(false);
-  TTavoAgenda Temporary;
-  for (TActivation* Activation : *FAgenda) Temporary.Add(Activation);
   FStrategy = Value;
-  try {
-    SetAgenda(Temporary);
-  } catch (...) {
-    FAgenda->SetFreeData(FreeData);
-    throw;
+  // Every activation comes back sorted under the new strategy, through a
+  // temporary agenda that keeps the old order.
+  if (FAgenda) {
+    std::unique_ptr<TTavoAgenda> Temporary;
+    ReorderAgenda(Temporary);
   }
-  FAgenda->SetFreeData(FreeData);
 }
 
 // Symbols and the lock.

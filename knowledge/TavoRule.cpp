@@ -368,9 +368,15 @@ const TFrameLayout& TRule::FrameLayout() {
   if (FFrameVersion != FBindingsVersion) {
     FFrameLayout.Clear();
     FFramePositions.assign(FBindings.size(), -1);
+    FFrameComplete = true;
     for (size_t I = 0; I < FBindings.size(); ++I)
-      if (FBindings[I]->GetSlotIndex() != SLocalBinding) FFramePositions[I] = FFrameLayout.Add(FBindings[I]->GetName());
-    FFrameLayout.Add(SRuleBinding);
+      if (FBindings[I]->GetSlotIndex() != SLocalBinding) {
+        FFramePositions[I] = FFrameLayout.Add(FBindings[I]->GetName());
+        FFrameComplete = FFrameComplete && FFramePositions[I] >= 0;
+      }
+    FRuleNamePosition = FFrameLayout.Add(SRuleBinding);
+    // A frame too large for its names binds them by name instead.
+    FFrameComplete = FFrameComplete && FRuleNamePosition >= 0;
     FFrameVersion = FBindingsVersion;
   }
   return FFrameLayout;
@@ -382,10 +388,9 @@ void TRule::Fire(TContextToken* Token) {
   // The firing's scope lives on the stack, its variables in a frame by
   // position: a firing allocates no scope and no binding.
   TTavoContext Child(Global, Global->GetEngine());
-  const TFrameLayout& Layout = FrameLayout();
-  Child.OpenFrame(Layout);
+  Child.OpenFrame(FrameLayout());
   Child.ClearReturnValue();
-  if (Child.GetFrameCount() == Layout.Count()) {
+  if (FFrameComplete) {
     const IFact* Null = FRuleEngine ? &FRuleEngine->GetNullFact() : nullptr;
     for (size_t I = 0; I < FBindings.size(); ++I) {
       int Position = FFramePositions[I];
@@ -395,7 +400,7 @@ void TRule::Fire(TContextToken* Token) {
       FBindings[I]->SetValue(Value);
       Child.GetFrameBinding(Position).SetValue(std::move(Value));
     }
-    Child.GetFrameBinding(Layout.Count() - 1).SetValue(RuleNameValue());
+    Child.GetFrameBinding(FRuleNamePosition).SetValue(RuleNameValue());
   } else {
     Prepare(Token, &Child);
   }

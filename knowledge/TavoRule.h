@@ -171,7 +171,10 @@ class TRule : public TComponent {
   // The frame a firing opens: each binding's name at its position, then
   // the rule's name binding; laid out again when the bindings change.
   TFrameLayout FFrameLayout;
+  // The position of each binding in the frame; -1 for a local binding.
   std::vector<int> FFramePositions;
+  int FRuleNamePosition = -1;
+  bool FFrameComplete = false;
   uint64_t FBindingsVersion = 0;
   uint64_t FFrameVersion = ~uint64_t(0);
   // The rule's name as the firing binds it, made again after a rename.

@@ -500,14 +500,20 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
   return true;
 }
 
+// The key of a token's join test, and whether stored tokens of other keys
+// can be passed over by it: a stored token of another key fails the first
+// test, which is the key's equality.
+bool TJoinNode::ProbeKey(TFact* Fact, const TBindingInfo& Slot, int SubIndex, const TTavoTokenTree& Memory,
+                         int32_t& Hash) const {
+  const ITavoValue& Key = ReadSlot(*Fact, Slot);
+  const ITavoValue* Value = SubIndex != -1 ? ListItem(Key, SubIndex) : &Key;
+  Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+  return Value && *Value && (*Value)->GetDType() != dtFuzzy && !Memory.GetHasFuzzyKeys();
+}
+
 void TJoinNode::RunTestsVaryRight(const IReteToken& Token, const IReteToken& Parent) {
   TTokenAction Tag = Token->GetTag();
   bool Adding = Tag == taAdd || Tag == taUpdate;
-  // Walks one bucket of right tokens; false stops the whole scan.
-  // With a key, a stored token of another key fails the first test, which
-  // is the key's equality: it is passed over without running the tests.
-  bool ByKey = false, ByMatch = false;
-  int32_t Hash = 0, Match = 0;
   // One stored token against the left one; false stops the scan.
   auto Visit = [&](const IReteToken& Right) {
     if (!PairPasses(*Token, *Right->GetFact())) return true;
@@ -521,34 +527,10 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token, const IReteToken& Par
     CallChildren(Joined);
     return !(FUnique && Adding);
   };
-  auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
-    for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next) {
-      if (ByKey && (Entry->Key != Hash || (ByMatch && Entry->Match != Match))) continue;
-      if (!Visit(Entry->Token)) return false;
-    }
-    return true;
-  };
   if (!(FRightMemory->GetEmpty() && FNegatedPattern && Tag == taRemove)) {
-    if (FShortCut) {
-      TFact* Fact = Token->GetFacts(FTokenIndex);
-      const ITavoValue& Key = ReadSlot(*Fact, FLeftKey);
-      const ITavoValue* Value = FLeftSubIndex != -1 ? ListItem(Key, FLeftSubIndex) : &Key;
-      Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
-      ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FRightMemory->GetHasFuzzyKeys();
-      ByMatch = ByKey && FRightMemory->HasMatchSlots() && FRightMemory->GetMatchUsable() &&
-                TTavoTokenTree::MatchOf(*Token, FLeftMatch, Match);
-      if (ByKey && FRightMemory->KeysChained() && (ByMatch || !FRightMemory->HasMatchSlots())) {
-        // Only the tokens of the key and match hash, in the bucket's order.
-        for (auto* Entry = FRightMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->ChainNext)
-          if (!Visit(Entry->Token)) break;
-      } else if (auto* Bucket = FRightMemory->GetTokens(Hash)) {
-        Scan(*Bucket);
-      }
-    } else {
-      // Every bucket that holds a token, from the lowest up.
-      for (int B = FRightMemory->NextFilled(0); B >= 0; B = FRightMemory->NextFilled(B + 1))
-        if (!Scan(FRightMemory->BucketAt(B))) break;
-    }
+    int32_t Hash = 0;
+    bool ByKey = FShortCut && ProbeKey(Token->GetFacts(FTokenIndex), FLeftKey, FLeftSubIndex, *FRightMemory, Hash);
+    FRightMemory->ForEachCandidate(ByKey, Hash, *Token, FLeftMatch, Visit);
   }
   if (FNegatedPattern && Token->GetNegatedCount() == 0) {
     ++FMatches;
@@ -565,11 +547,9 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
   TTokenAction Tag = Token->GetTag();
   const IFact& Right = Token->GetFact();
   float Strength = Token->GetStrength();
-  bool ByKey = false, ByMatch = false;
-  int32_t Hash = 0, Match = 0;
   // One stored left token against the right fact.
   auto Visit = [&](const IReteToken& Left) {
-    if (!PairPasses(*Left, *Right)) return;
+    if (!PairPasses(*Left, *Right)) return true;
     if (!FNegatedPattern) {
       IReteToken Joined = Join(Left, Right, Strength);
       Joined->SetTag(Tag);
@@ -584,28 +564,11 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
       Left->SetNegatedCount(Left->GetNegatedCount() - 1);
       if (Left->GetNegatedCount() == 0) CallChildren(Join(Left, Rete()->GetNullFact(), Strength));
     }
+    return true;
   };
-  auto Scan = [&](const TTavoTokenTree::TBucket& Bucket) {
-    for (TTavoTokenTree::TEntry* Entry = Bucket.First; Entry; Entry = Entry->Next)
-      if (!ByKey || (Entry->Key == Hash && (!ByMatch || Entry->Match == Match))) Visit(Entry->Token);
-  };
-  if (FShortCut) {
-    const ITavoValue& Key = ReadSlot(*Token->GetFacts(0), FRightKey);
-    const ITavoValue* Value = FRightSubIndex != -1 ? ListItem(Key, FRightSubIndex) : &Key;
-    Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
-    ByKey = Value && *Value && (*Value)->GetDType() != dtFuzzy && !FLeftMemory->GetHasFuzzyKeys();
-    ByMatch = ByKey && FLeftMemory->HasMatchSlots() && FLeftMemory->GetMatchUsable() &&
-              TTavoTokenTree::MatchOf(*Token, FRightMatch, Match);
-    if (ByKey && FLeftMemory->KeysChained() && (ByMatch || !FLeftMemory->HasMatchSlots())) {
-      // Only the tokens of the key and match hash, in the bucket's order.
-      for (auto* Entry = FLeftMemory->FirstOfKey(Hash, Match); Entry; Entry = Entry->ChainNext) Visit(Entry->Token);
-    } else if (auto* Bucket = FLeftMemory->GetTokens(Hash)) {
-      Scan(*Bucket);
-    }
-  } else {
-    for (int B = FLeftMemory->NextFilled(0); B >= 0; B = FLeftMemory->NextFilled(B + 1))
-      Scan(FLeftMemory->BucketAt(B));
-  }
+  int32_t Hash = 0;
+  bool ByKey = FShortCut && ProbeKey(Token->GetFacts(0), FRightKey, FRightSubIndex, *FLeftMemory, Hash);
+  FLeftMemory->ForEachCandidate(ByKey, Hash, *Token, FRightMatch, Visit);
 }
 
 String TJoinNode::ToString() const {

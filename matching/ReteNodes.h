@@ -234,6 +234,8 @@ class TJoinNode : public TTestNode {
   // without a walk of the whole chain.
   void RunTestsVaryRight(const IReteToken& Token, const IReteToken& Parent);
   void RunTestsVaryLeft(const IReteToken& Token);
+  bool ProbeKey(TFact* Fact, const TBindingInfo& Slot, int SubIndex, const TTavoTokenTree& Memory,
+                int32_t& Hash) const;
   // The join tests and the other tests against one candidate pair; the
   // context holds the left token and right fact when a test needs them.
   bool PairPasses(const TTavoToken& Left, TFact& Right);

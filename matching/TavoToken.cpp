@@ -102,15 +102,18 @@ TTavoToken::TTavoToken(const IReteToken& Parent, const IFact& Fact) : FFact(Fact
 }
 
 TTavoToken::TTavoToken(const IReteToken& Source) {
-  if (!Source) return;
-  FCount = Source->FCount;
-  FFact = Source->FFact;
-  FParent = Source->FParent;
-  FStrength = Source->FStrength;
-  FSortCode = Source->FSortCode;
-  FChainHash = Source->FChainHash;
-  FWalk = Source->FWalk;
-  FTag = Source->FTag;
+  if (Source) CopyChain(*Source);
+}
+
+void TTavoToken::CopyChain(const TTavoToken& Source) {
+  FCount = Source.FCount;
+  FFact = Source.FFact;
+  FParent = Source.FParent;
+  FStrength = Source.FStrength;
+  FSortCode = Source.FSortCode;
+  FChainHash = Source.FChainHash;
+  FWalk = Source.FWalk;
+  FTag = Source.FTag;
 }
 
 bool TTavoToken::IsFresh() const { return FWalk != 0 && FWalk == Walk.Serial && Walk.Fact; }
@@ -125,14 +128,8 @@ void TTavoToken::Assign(const TPersistent* Source) {
     TTavoTokenPersistent::Assign(Source);
     return;
   }
-  FCount = Token->FCount;
+  CopyChain(*Token);
   FNegatedCount = Token->FNegatedCount;
-  FFact = Token->FFact;
-  FParent = Token->FParent;
-  FStrength = Token->FStrength;
-  FSortCode = Token->FSortCode;
-  FChainHash = Token->FChainHash;
-  FTag = Token->FTag;
 }
 
 bool TTavoToken::Equals(const TTavoToken* Other) const {
@@ -263,12 +260,13 @@ void TTavoTokenTree::FreeEntries() {
   FIndexed = !KeysChained();
 }
 
-int32_t TTavoTokenTree::MatchOrNone(const TTavoToken& Token) const {
-  int32_t Match = 0;
+bool TTavoTokenTree::MatchOrNone(const TTavoToken& Token, int32_t& Match) const {
+  Match = 0;
   // A match hash that cannot be taken stays 0, alike when the token comes
   // and when it goes.
-  if (!FMatchSlots.empty() && !MatchOf(Token, FMatchSlots, Match)) Match = 0;
-  return Match;
+  if (FMatchSlots.empty() || MatchOf(Token, FMatchSlots, Match)) return true;
+  Match = 0;
+  return false;
 }
 
 TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int32_t Key, int32_t Match,
@@ -305,13 +303,11 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (!Bucket) Bucket = std::make_unique<TBucket>();
   if (Index < FLowIndex) FLowIndex = Index;
   if (Index > FHighIndex) FHighIndex = Index;
-  int32_t Match = KeysChained() ? MatchOrNone(*Token) : 0;
+  int32_t Match;
+  const bool Matched = MatchOrNone(*Token, Match);
   int Steps = 0;
   if (!Token->IsFresh() && FindEqual(*Token, Key, Match, Steps)) return false;
-  if (!FMatchSlots.empty() && FMatchUsable) {
-    int32_t Checked;
-    if (!MatchOf(*Token, FMatchSlots, Checked)) FMatchUsable = false;
-  }
+  if (!Matched) FMatchUsable = false;
   auto* Entry = new TEntry{Key, Match, Token->GetChainHash(), Token};
   Entry->Prev = Bucket->Last;
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
@@ -342,7 +338,8 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
 }
 
 IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
-  int32_t Match = KeysChained() ? MatchOrNone(*Token) : 0;
+  int32_t Match;
+  MatchOrNone(*Token, Match);
   int Steps;
   TEntry* Entry = FindEqual(*Token, KeysChained() ? KeyOf(*Token) : 0, Match, Steps);
   if (!Entry) return nullptr;

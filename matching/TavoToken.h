@@ -98,6 +98,9 @@ class TTavoToken : public TTavoTokenPersistent {
   void Assign(const TPersistent* Source) override;
 
  private:
+  // Every field but the negated count.
+  void CopyChain(const TTavoToken& Source);
+
   int FCount = 0;
   int FNegatedCount = 0;
   IFact FFact;
@@ -187,6 +190,30 @@ class TTavoTokenTree : public TPersistent {
   // The hash of the values of Slots in Token; false when one is missing or
   // fuzzy, since a fuzzy value may equal values of other hashes.
   static bool MatchOf(const TTavoToken& Token, const std::vector<TBindingInfo>& Slots, int32_t& Match);
+  // Calls Visit on each stored token that may join Probe, in the bucket's
+  // order, until Visit gives false. With ByKey only the tokens of Key are
+  // visited, and of the match hash of ProbeSlots in Probe where every
+  // stored token has one; without, every token from the lowest bucket up.
+  template <class TVisit>
+  void ForEachCandidate(bool ByKey, int32_t Key, const TTavoToken& Probe, const std::vector<TBindingInfo>& ProbeSlots,
+                        TVisit&& Visit) const {
+    if (!ByKey) {
+      for (int B = NextFilled(0); B >= 0; B = NextFilled(B + 1))
+        for (TEntry* Entry = BucketAt(B).First; Entry; Entry = Entry->Next)
+          if (!Visit(Entry->Token)) return;
+      return;
+    }
+    int32_t Match = 0;
+    const bool ByMatch = HasMatchSlots() && FMatchUsable && MatchOf(Probe, ProbeSlots, Match);
+    if (KeysChained() && (ByMatch || !HasMatchSlots())) {
+      for (TEntry* Entry = FirstOfKey(Key, Match); Entry; Entry = Entry->ChainNext)
+        if (!Visit(Entry->Token)) return;
+      return;
+    }
+    const TBucket* Bucket = FBuckets[size_t(BucketOf(Key))].get();
+    for (TEntry* Entry = Bucket ? Bucket->First : nullptr; Entry; Entry = Entry->Next)
+      if (Entry->Key == Key && (!ByMatch || Entry->Match == Match) && !Visit(Entry->Token)) return;
+  }
   // Whether a key of a fuzzy value was ever stored: such a value may equal
   // values of other keys, so keys alone cannot rule a token out.
   bool GetHasFuzzyKeys() const { return FHasFuzzyKeys; }
@@ -227,7 +254,8 @@ class TTavoTokenTree : public TPersistent {
   // The entry stored under an equal token, or null; Steps tells how many
   // entries of a key's chain were passed.
   TEntry* FindEqual(const TTavoToken& Token, int32_t Key, int32_t Match, int& Steps) const;
-  int32_t MatchOrNone(const TTavoToken& Token) const;
+  // The match hash of a stored token, 0 where it cannot be taken (false).
+  bool MatchOrNone(const TTavoToken& Token, int32_t& Match) const;
   void IndexEntry(TEntry* Entry);
   // A tree keyed by a slot finds a token in its key's chain, until a chain
   // proves longer than this; then, and in every other tree, by the index of
