@@ -420,32 +420,102 @@ void TInferenceEngine::Unlock() {
 
 // Modules and focus.
 
-int TInferenceEngine::AddModule(const IModule& Module) {
-  int Existing = FModules.IndexOf(Module->GetName());
-  if (Existing >= 0 && !Module->GetName().empty()) RemoveModule(FModules.Get(Existing));
-  int Index;
-  if (Module->IsMain()) {
-    FModules.Insert(0, Module);
-    Index = 0;
-  } else {
-    Index = FModules.Add(Module);
+void TInferenceEngine::CheckImportOrder(const TModule& Module, int NewIndex, const TModule* Replaced) const {
+  for (int I = 0; I < Module.GetImportCount(); ++I) {
+    const String& Name = Module.GetImport(I)->GetModule();
+    int Index = -1;
+    for (int J = 0, Position = 0; J < FModules.Count(); ++J) {
+      const TModule* Other = FModules.Get(J).Get();
+      if (Other == Replaced || Other == &Module) continue;
+      if (Other->GetName() == Name) Index = Position;
+      ++Position;
+    }
+    if (Index < 0) {
+      // Importing the module that is being replaced, or itself, is
+      // importing from nothing.
+      throw ETavoException(Format(SNoSuchModule, Name));
+    }
+    // The list then stands in an order in which every module comes after
+    // the ones it imports; the main module, first of all, imports nothing.
+    if (Index >= NewIndex) throw ETavoException(Format(SInvalidModuleDependency, Module.GetName(), Name));
   }
-  Module->Prepare();
+  // Nor may a module that others import from come back behind them.
+  for (int J = 0, Position = 0; J < FModules.Count(); ++J) {
+    const TModule* Other = FModules.Get(J).Get();
+    if (Other == Replaced || Other == &Module) continue;
+    if (Position >= NewIndex) break;
+    if (Other->IndexOfImport(Module.GetName()) >= 0)
+      throw ETavoException(Format(SInvalidModuleDependency, Other->GetName(), Module.GetName()));
+    ++Position;
+  }
+}
+
+int TInferenceEngine::AddModule(const IModule& Module) {
+  int Existing = Module->GetName().empty() ? -1 : FModules.IndexOf(Module->GetName());
+  if (Existing >= 0 && FModules.Get(Existing) == Module) return Existing;
+  // The import order is checked before the namesake goes, so that a
+  // refused module leaves the engine as it was.
+  const TModule* Replaced = Existing >= 0 ? FModules.Get(Existing).Get() : nullptr;
+  const int Others = FModules.Count() - (Replaced ? 1 : 0);
+  CheckImportOrder(*Module, Module->IsMain() ? 0 : Others, Replaced);
+  if (Replaced) RemoveModule(FModules.Get(Existing));
+  int Index;
+  IModule Outer = FIsModuleOp;
+  FIsModuleOp = Module;
+  try {
+    if (Module->IsMain()) {
+      FModules.Insert(0, Module);
+      Index = 0;
+    } else {
+      Index = FModules.Add(Module);
+    }
+  } catch (...) {
+    FIsModuleOp = Outer;
+    throw;
+  }
+  FIsModuleOp = Outer;
+  try {
+    Module->Prepare();
+    Module->ImportConstructs();
+  } catch (...) {
+    // An import that cannot be made (a template whose type is not shared,
+    // a name the duplicate policy refuses) takes the new module out again.
+    IModule Current = FCurrentModule;
+    RemoveModule(Module);
+    if (Current && Current != Module && FModules.IndexOf(Current) >= 0) SetCurrentModule(Current);
+    throw;
+  }
   if (OnAddModule) OnAddModule(this, Module);
   return Index;
 }
 
 void TInferenceEngine::RemoveModule(const IModule& Module) {
+  if (!Module || Module == FIsModuleOp || FModules.IndexOf(Module) < 0) return;
   IModule Keep = Module;
   if (OnRemoveModule) OnRemoveModule(this, Keep);
+  Clear(Keep);
   Keep->Release();
   for (int I = FFocusStack.Count() - 1; I >= 0; --I)
     if (FFocusStack.Get(I) == Keep) FFocusStack.Delete(I);
+  IModule Outer = FIsModuleOp;
+  FIsModuleOp = Keep;
   FModules.Remove(Keep);
-  if (FModules.Count() == 0)
+  FIsModuleOp = Outer;
+  if (FModules.Count() == 0) {
+    FDefinedTypes = nullptr;
+    FFacts = nullptr;
+    FFactSets = nullptr;
+    FFactTemplates = nullptr;
+    FFactsPending = nullptr;
+    FAgenda = nullptr;
+    FRete = nullptr;
+    FRules = nullptr;
+    FInitialFactPattern = nullptr;
+    FNullFact.Reset();
     FCurrentModule.Reset();
-  else
+  } else {
     SetCurrentModule(FModules.Get(0));
+  }
 }
 
 // Reset and clear.
@@ -636,6 +706,11 @@ IModule TInferenceEngine::PopFocus() {
   }
   if (OnPopFocus) OnPopFocus(this, Popped);
   return Popped;
+}
+
+void TInferenceEngine::ClearFocusStack() {
+  FFocusStack.Clear();
+  FHalt = true;
 }
 
 // Output.
@@ -836,7 +911,9 @@ void TInferenceEngine::RunFiringLoop(int MaxFirings, std::unique_ptr<TTavoAgenda
       if (GetAgendaCount() > 0) FireActivation();
       if (FEvalSalience == sEveryTime && FAgenda) ReorderAgenda(Spare);
       // An action may have pushed another module's focus: the loop goes on
-      // with that module's agenda.
+      // with that module's agenda. An action that emptied the stack
+      // (clear-focus-stack) has no top to give: the current module stays
+      // where the action left it, and the halt it set ends the run.
       if (IModule Top = PeekFocus(); Top && Top != FCurrentModule) SetCurrentModule(Top);
     } catch (...) {
       Unlock();

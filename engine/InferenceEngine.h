@@ -80,11 +80,16 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
 
   // Modules and focus.
   const TModules& GetModules() const { return FModules; }
+  // Adding to or removing from this list adds or removes the module.
+  TModules& GetModules() { return FModules; }
   const TModules& GetFocusStack() const { return FFocusStack; }
   const IModule& GetCurrentModule() const override { return FCurrentModule; }
   void SetCurrentModule(const IModule& Module);
   // Adds a module, replacing one of the same name; the main module goes to
-  // index 0. Gives the module's index.
+  // index 0; then brings in what its imports ask for. Gives the module's
+  // index. A module that imports an unknown module (SNoSuchModule) or one
+  // that would stand behind it in the list (SInvalidModuleDependency) is
+  // refused before anything changes.
   int AddModule(const IModule& Module);
   // Takes a module out of the engine and the focus stack, freeing its objects.
   virtual void RemoveModule(const IModule& Module);
@@ -92,6 +97,9 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   void PushFocus(const IModule& Module);
   void PushFocus(StringView Name);
   IModule PopFocus();
+  // Empties the focus stack at once, with no event and no watch line, and
+  // halts the run.
+  void ClearFocusStack();
   // A module asks to change its name from Old to New.
   void RenameModule(const String& OldName, const String& NewName) override;
   // Rekeys a defined type in the current module's collection.
@@ -389,6 +397,11 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   bool Watching(TConstructWatch Watch) const { return FWatch.Contains(Watch) && OnPrintOut != nullptr; }
 
   friend class TModule;
+  friend class TModules;
+  // Raises when an import of Module names a module unknown, or one that
+  // would not stand ahead of Module once it is at NewIndex, the namesake
+  // Replaced gone.
+  void CheckImportOrder(const TModule& Module, int NewIndex, const TModule* Replaced) const;
   // Every module made for this engine, so that it can be told when the
   // engine goes.
   std::vector<TModule*> FKnownModules;
@@ -429,6 +442,9 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   std::unique_ptr<TGlobalVariables> FGlobalVariables;
   TModules FModules;
   TModules FFocusStack;
+  // The module being added or removed just now, which the list of all
+  // modules takes or lets go without coming back to the engine.
+  IModule FIsModuleOp;
   // The current module's objects, mirrored by TModule::FocusModule.
   TTavoDefinedTypes* FDefinedTypes = nullptr;
   TFacts* FFacts = nullptr;

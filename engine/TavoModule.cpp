@@ -8,12 +8,45 @@
 namespace tavo {
 
 namespace {
+
+bool Shares(TSharedConstructs Mode, const TStringList<int>& Names, StringView Name) {
+  return Mode == mieAll || (Mode == mieCustom && Names.IndexOf(Name) >= 0);
 }
+
+bool SharesAny(TSharedConstructs Mode, const TStringList<int>& Names) {
+  return Mode == mieAll || (Mode == mieCustom && Names.Count() > 0);
+}
+
+const String& NameOf(const TTavoDefinedType& Type) { return Type.GetName(); }
+const String& NameOf(const TFactTemplate& Template) { return Template.GetTemplateName(); }
+
+// Visits each construct of the source's table that an import takes: one
+// whose home is the source, which the source exports, and which the import
+// asks for, all of them or by name. A name the source does not export is
+// passed over without a word.
+template <class TTable, class TVisit>
+void ForEachImported(const TTable* Source, const TModule* SourceModule, TSharedConstructs ExportMode,
+                     const TStringList<int>& Exported, TSharedConstructs ImportMode, const TStringList<int>& Asked,
+                     TVisit Visit) {
+  if (!Source || !SharesAny(ExportMode, Exported)) return;
+  if (ImportMode == mieAll) {
+    for (const auto& Construct : Source->InOrder(true))
+      if (Shares(ExportMode, Exported, NameOf(*Construct))) Visit(Construct);
+  } else if (ImportMode == mieCustom) {
+    for (int I = 0; I < Asked.Count(); ++I) {
+      const String& Name = Asked.Get(I);
+      typename TTable::TItemRef Construct;
+      if (Shares(ExportMode, Exported, Name) && Source->TryGetValue(Name, Construct) &&
+          Construct->GetModule().Get() == SourceModule)
+        Visit(Construct);
+    }
+  }
+}
+
+}  // namespace
 
 void TavoAddReference(const TModule* Module) noexcept { Module->AddReference(); }
 void TavoReleaseReference(const TModule* Module) noexcept { Module->ReleaseReference(); }
-
-// TModule
 
 // TModuleImportExport
 
@@ -47,9 +80,103 @@ void TModuleImportExport::ClearFactTemplates() {
   if (FFactTemplatesShared == mieCustom) FFactTemplatesShared = mieNone;
 }
 
+void TModuleImportExport::Assign(const TPersistent* Source) {
+  const auto* Other = dynamic_cast<const TModuleImportExport*>(Source);
+  if (!Other) {
+    TCloneableObject::Assign(Source);
+    return;
+  }
+  FDefinedTypesShared = Other->FDefinedTypesShared;
+  FFactTemplatesShared = Other->FFactTemplatesShared;
+  FDefinedTypes.Assign(&Other->FDefinedTypes);
+  FFactTemplates.Assign(&Other->FFactTemplates);
+}
+
+bool TModuleImportExport::ExportsDefinedType(StringView Name) const {
+  return Shares(FDefinedTypesShared, FDefinedTypes, Name);
+}
+
+bool TModuleImportExport::ExportsFactTemplate(StringView Name) const {
+  return Shares(FFactTemplatesShared, FFactTemplates, Name);
+}
+
+void TModuleImportExport::ImportConstructs() {
+  TInferenceEngine* Engine = FOwnerModule ? FOwnerModule->GetExpertSystem() : nullptr;
+  if (!Engine) return;
+  const IModule& Source = Engine->GetModules().GetModule(FModule);
+  IModule Remembered = Engine->GetCurrentModule();
+  if (Remembered.Get() != FOwnerModule) FOwnerModule->FocusModule();
+  struct TBack {
+    IModule Module;
+    TModule* Owner;
+    ~TBack() {
+      if (Module && Module.Get() != Owner) Module->FocusModule();
+    }
+  } Back{Remembered, FOwnerModule};
+  const TModuleImportExport& Export = *Source->GetExportItems();
+  ForEachImported(Source->GetDefinedTypes(), Source.Get(), Export.FDefinedTypesShared, Export.FDefinedTypes,
+                  FDefinedTypesShared, FDefinedTypes, [&](const ITavoDefinedType& Type) {
+                    Engine->GetDefinedTypes()->AddOrSetValue(Type->GetName(), Type);
+                  });
+  ForEachImported(Source->GetFactTemplates(), Source.Get(), Export.FFactTemplatesShared, Export.FFactTemplates,
+                  FFactTemplatesShared, FFactTemplates, [&](const IFactTemplate& Template) {
+                    const String& Name = Template->GetTemplateName();
+                    // The null fact's template marks a module's own negations
+                    // and is never shared.
+                    if (Name == SNullFact) return;
+                    TFactTemplates* Own = Engine->GetFactTemplates();
+                    if (Name == SInitialFactPattern) {
+                      // The importer's own implied initial-fact template gives
+                      // way, whatever the duplicate policy, and its rules
+                      // without patterns then match the initial fact that a
+                      // reset asserts in the source: the importer is new and
+                      // nothing of it uses the old template yet.
+                      IFactTemplate Old;
+                      if (Own->TryGetValue(Name, Old) && Old != Template && Old->GetModule().Get() == FOwnerModule)
+                        Own->RemoveConstruct(Name);
+                      Own->AddOrSetValue(Name, Template);
+                      FOwnerModule->RenewInitialFactPattern(Template);
+                      return;
+                    }
+                    Own->AddOrSetValue(Name, Template);
+                  });
+  if (FFactTemplatesShared == mieNone) return;
+  // The source's facts of the templates now shared enter the owner with
+  // their ids, and reach its network.
+  if (TFacts* Facts = Source->GetFacts()) {
+    std::vector<IFact> Shared;
+    for (const IFact& Fact : *Facts) {
+      const IFactTemplate& Template = Fact->GetTemplate();
+      if (Template && Template->GetModule() == Source &&
+          Template->IndexOfImportModule(IModule(FOwnerModule)) >= 0)
+        Shared.push_back(Fact);
+    }
+    for (const IFact& Fact : Shared) Engine->AddFactToModule(Fact, nullptr);
+  }
+}
+
+void TModuleImportExport::Release() {
+  TInferenceEngine* Engine = FOwnerModule ? FOwnerModule->GetExpertSystem() : nullptr;
+  if (!Engine) return;
+  int Index = Engine->GetModules().IndexOf(FModule);
+  if (Index < 0) return;
+  const IModule& Source = Engine->GetModules().Get(Index);
+  const TModuleImportExport& Export = *Source->GetExportItems();
+  const IModule Owner(FOwnerModule);
+  ForEachImported(Source->GetDefinedTypes(), Source.Get(), Export.FDefinedTypesShared, Export.FDefinedTypes,
+                  FDefinedTypesShared, FDefinedTypes,
+                  [&](const ITavoDefinedType& Type) { Type->RemoveImportModule(Owner); });
+  ForEachImported(Source->GetFactTemplates(), Source.Get(), Export.FFactTemplatesShared, Export.FFactTemplates,
+                  FFactTemplatesShared, FFactTemplates,
+                  [&](const IFactTemplate& Template) { Template->RemoveImportModule(Owner); });
+}
+
 // TModule
 
 TModule::TModule(TInferenceEngine* Engine, bool IsMain) : FIsMain(IsMain), FEngine(Engine) {
+  // Named at once, not only when it is prepared: a second main module then
+  // replaces the first by its name as it is added.
+  if (FIsMain) FName = SMainModuleName;
   FExportItems = Make<TModuleImportExport>(this);
   if (FEngine) FEngine->FKnownModules.push_back(this);
 }
@@ -58,6 +185,30 @@ IModuleImport TModule::FindImport(StringView Module) const {
   for (const IModuleImport& Import : FImportModules)
     if (Import->GetModule() == Module) return Import;
   return nullptr;
+}
+
+int TModule::IndexOfImport(StringView Module) const {
+  for (int I = 0; I < FImportModules.Count(); ++I)
+    if (FImportModules.Get(I)->GetModule() == Module) return I;
+  return -1;
+}
+
+void TModule::ImportConstructs() {
+  if (!FEngine) return;
+  // Each import focuses this module and goes back to whatever was current.
+  for (const IModuleImport& Import : FImportModules) Import->ImportConstructs();
+}
+
+void TModule::AssignModuleDefinition(const TModule& Source) {
+  FName = Source.FName;
+  FComment = Source.FComment;
+  FExportItems->Assign(Source.FExportItems.Get());
+  FImportModules.Clear();
+  for (const IModuleImport& Import : Source.FImportModules) {
+    IModuleImport Copy = Make<TModuleImportExport>(this, Import->GetModule());
+    Copy->Assign(Import.Get());
+    FImportModules.Add(Copy);
+  }
 }
 
 TModule::~TModule() {
@@ -104,6 +255,9 @@ void TModule::Initialize() {
 }
 
 void TModule::Release() {
+  // What this module imported forgets it first, while the sources can
+  // still be found by name.
+  for (const IModuleImport& Import : FImportModules) Import->Release();
   // The activations go first: each leaves its terminal node as it is
   // freed, while the network can still tell the engine.
   if (FAgenda) FAgenda->Clear();
@@ -163,6 +317,50 @@ int TModules::IndexOf(StringView Name) const {
   for (int I = 0; I < Count(); ++I)
     if (FItems[size_t(I)]->GetName() == Name) return I;
   return -1;
+}
+
+// Whether an edit of the list goes through the engine instead.
+bool TModules::RoutedToEngine(const TModule* Module) const {
+  return FEnforceImportOrder && FEngine && !FEngine->IsDestroying() && FEngine->FIsModuleOp.Get() != Module;
+}
+
+int TModules::Add(const IModule& Module) {
+  if (RoutedToEngine(Module.Get())) return FEngine->AddModule(Module);
+  return TInterfaceList<TModule>::Add(Module);
+}
+
+void TModules::Insert(int Index, const IModule& Module) {
+  if (RoutedToEngine(Module.Get())) {
+    FEngine->AddModule(Module);
+    return;
+  }
+  TInterfaceList<TModule>::Insert(Index, Module);
+}
+
+void TModules::Delete(int Index) {
+  if (RoutedToEngine(Get(Index).Get())) {
+    FEngine->RemoveModule(IModule(Get(Index)));
+    return;
+  }
+  TInterfaceList<TModule>::Delete(Index);
+}
+
+int TModules::Remove(const IModule& Module) {
+  if (RoutedToEngine(Module.Get())) {
+    int Index = IndexOf(Module);
+    if (Index >= 0) FEngine->RemoveModule(Module);
+    return Index;
+  }
+  return TInterfaceList<TModule>::Remove(Module.Get());
+}
+
+void TModules::Clear() {
+  if (RoutedToEngine(nullptr)) {
+    // From the last, so that no module outlives one it imports from.
+    while (Count() > 0) FEngine->RemoveModule(IModule(Get(Count() - 1)));
+    return;
+  }
+  TInterfaceList<TModule>::Clear();
 }
 
 const IModule& TModules::GetModule(StringView Name) const {

@@ -33,6 +33,10 @@ class TModuleImportExport : public TCloneableObject {
   explicit TModuleImportExport(TModule* Owner = nullptr, const String& Module = String())
       : FModule(Module), FOwnerModule(Owner) {}
 
+  using TCloneableObject::Assign;
+  // Copies the modes and the names; the module and the owner stay.
+  void Assign(const TPersistent* Source) override;
+
   TSharedConstructs GetDefinedTypesShared() const { return FDefinedTypesShared; }
   void SetDefinedTypesShared(TSharedConstructs Value);
   TSharedConstructs GetFactTemplatesShared() const { return FFactTemplatesShared; }
@@ -45,6 +49,17 @@ class TModuleImportExport : public TCloneableObject {
   void ClearFactTemplates();
   const String& GetModule() const { return FModule; }
   TModule* GetOwnerModule() const { return FOwnerModule; }
+  // Whether the list, as an export list, shares the defined type or the
+  // template of that name.
+  bool ExportsDefinedType(StringView Name) const;
+  bool ExportsFactTemplate(StringView Name) const;
+
+  // As an import: brings what the source module exports and this import
+  // asks for into the owner's collections, with the source's facts of the
+  // imported templates. SNoSuchModule when the source is unknown.
+  void ImportConstructs();
+  // As an import: the constructs it brought in forget the owner.
+  void Release();
 
  private:
   TSharedConstructs FDefinedTypesShared = mieNone;
@@ -77,7 +92,15 @@ class TModule : public TCloneableObject {
   const IModuleImport& GetImport(int Index) const { return FImportModules.Get(Index); }
   // The import from the module of that name, or null.
   IModuleImport FindImport(StringView Module) const;
+  int IndexOfImport(StringView Module) const;
   void AddImport(const IModuleImport& Import) { FImportModules.Add(Import); }
+  void DeleteImport(int Index) { FImportModules.Delete(Index); }
+  void RemoveImport(const IModuleImport& Import) { FImportModules.Remove(Import.Get()); }
+  void ClearImports() { FImportModules.Clear(); }
+  // Runs each import in order, with this module current meanwhile.
+  void ImportConstructs();
+  // Copies name, comment, export list and imports; no knowledge.
+  void AssignModuleDefinition(const TModule& Source);
   // Called by the engine when it goes away.
   void DetachEngine() { FEngine = nullptr; }
 
@@ -137,7 +160,17 @@ class TModules : public TInterfaceList<TModule> {
   using TInterfaceList<TModule>::IndexOf;
   int IndexOf(const IModule& Module) const { return IndexOf(Module.Get()); }
   int IndexOf(StringView Name) const;
-  int Remove(const IModule& Module) { return TInterfaceList<TModule>::Remove(Module.Get()); }
+  // On the engine's list of all modules these become the engine's
+  // AddModule and RemoveModule, so that a host editing the list gets what
+  // the engine does; only the module the engine is adding or removing just
+  // now goes straight into or out of the list. On the focus stack they are
+  // plain list operations. Insert on the list of all modules places as
+  // AddModule does: the main module first, any other last.
+  int Add(const IModule& Module);
+  void Insert(int Index, const IModule& Module);
+  void Delete(int Index);
+  int Remove(const IModule& Module);
+  void Clear();
   // The module of that name, exactly compared; SNoSuchModule when absent.
   const IModule& GetModule(StringView Name) const;
   // The names joined by a blank.
@@ -146,6 +179,8 @@ class TModules : public TInterfaceList<TModule> {
   TInferenceEngine* GetEngine() const { return FEngine; }
 
  private:
+  bool RoutedToEngine(const TModule* Module) const;
+
   TInferenceEngine* FEngine;
   bool FEnforceImportOrder;
 };

@@ -762,6 +762,13 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<THaltFunction>());
   Functions.Add(Make<TExitFunction>());
   Functions.Add(Make<TVersionFunction>());
+  Functions.Add(Make<TFocusModuleFunction>(fmfFocus));
+  Functions.Add(Make<TFocusModuleFunction>(fmfClearFocusStack));
+  Functions.Add(Make<TFocusModuleFunction>(fmfGetFocus));
+  Functions.Add(Make<TFocusModuleFunction>(fmfGetFocusStack));
+  Functions.Add(Make<TFocusModuleFunction>(fmfPopFocus));
+  Functions.Add(Make<TCurrentModuleFunction>(cmfGetCurrentModule));
+  Functions.Add(Make<TCurrentModuleFunction>(cmfSetCurrentModule));
   Functions.Add(Make<TWatchFunction>());
   Functions.Add(Make<TUnwatchFunction>());
   Functions.Add(Make<TAssertFunction>());

@@ -83,6 +83,39 @@ TAVO_STANDARD_FUNCTION(TReadLineFunction)
 
 #undef TAVO_STANDARD_FUNCTION
 
+// Modules and the focus stack.
+enum TFocusModuleFunctionType { fmfFocus, fmfClearFocusStack, fmfGetFocus, fmfGetFocusStack, fmfPopFocus };
+
+// focus, clear-focus-stack, get-focus, get-focus-stack, pop-focus.
+class TFocusModuleFunction : public TTavoUserFunction {
+  TAVO_CLASS(TFocusModuleFunction, TTavoUserFunction)
+ public:
+  explicit TFocusModuleFunction(TFocusModuleFunctionType Type = fmfFocus) : FType(Type) {}
+  TFocusModuleFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TFocusModuleFunctionType FType;
+};
+
+enum TCurrentModuleFunctionType { cmfGetCurrentModule, cmfSetCurrentModule };
+
+// get-current-module, set-current-module.
+class TCurrentModuleFunction : public TTavoUserFunction {
+  TAVO_CLASS(TCurrentModuleFunction, TTavoUserFunction)
+ public:
+  explicit TCurrentModuleFunction(TCurrentModuleFunctionType Type = cmfGetCurrentModule) : FType(Type) {}
+  TCurrentModuleFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TCurrentModuleFunctionType FType;
+};
+
 class TStandardPackage : public TUserPackage {
   TAVO_CLASS(TStandardPackage, TUserPackage)
  public:
