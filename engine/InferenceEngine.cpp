@@ -49,7 +49,10 @@ TInferenceEngine::~TInferenceEngine() {
   FFactsPending = nullptr;
   FFactSets = nullptr;
   FFocusStack.Clear();
-  for (int I = 0; I < FModules.Count(); ++I) FModules.Get(I)->Release();
+  // From the last: an importer lets go of what it imported while its
+  // sources still hold their constructs, so that no construct keeps an
+  // importer alive.
+  for (int I = FModules.Count() - 1; I >= 0; --I) FModules.Get(I)->Release();
   // A host may still hold a module: it must not call back into a dead engine.
   for (TModule* Module : std::vector<TModule*>(FKnownModules)) Module->DetachEngine();
   FKnownModules.clear();
