@@ -456,22 +456,19 @@ void TInferenceEngine::CheckImportOrder(const TModule& Module, int NewIndex, con
 int TInferenceEngine::AddModule(const IModule& Module) {
   int Existing = Module->GetName().empty() ? -1 : FModules.IndexOf(Module->GetName());
   if (Existing >= 0 && FModules.Get(Existing) == Module) return Existing;
-  // The import order is checked before the namesake goes, so that a
-  // refused module leaves the engine as it was.
-  const TModule* Replaced = Existing >= 0 ? FModules.Get(Existing).Get() : nullptr;
+  // The import order is checked before anything changes, and the namesake
+  // goes only once the new module has made its imports: a refused module
+  // leaves the engine as it was.
+  IModule Replaced = Existing >= 0 ? FModules.Get(Existing) : IModule();
   const int Others = FModules.Count() - (Replaced ? 1 : 0);
-  CheckImportOrder(*Module, Module->IsMain() ? 0 : Others, Replaced);
-  if (Replaced) RemoveModule(FModules.Get(Existing));
-  int Index;
+  CheckImportOrder(*Module, Module->IsMain() ? 0 : Others, Replaced.Get());
   IModule Outer = FIsModuleOp;
   FIsModuleOp = Module;
   try {
-    if (Module->IsMain()) {
+    if (Module->IsMain())
       FModules.Insert(0, Module);
-      Index = 0;
-    } else {
-      Index = FModules.Add(Module);
-    }
+    else
+      FModules.Add(Module);
   } catch (...) {
     FIsModuleOp = Outer;
     throw;
@@ -488,8 +485,10 @@ int TInferenceEngine::AddModule(const IModule& Module) {
     if (Current && Current != Module && FModules.IndexOf(Current) >= 0) SetCurrentModule(Current);
     throw;
   }
+  // A second module of a name replaces the first.
+  if (Replaced) RemoveModule(Replaced);
   if (OnAddModule) OnAddModule(this, Module);
-  return Index;
+  return FModules.IndexOf(Module);
 }
 
 void TInferenceEngine::RemoveModule(const IModule& Module) {

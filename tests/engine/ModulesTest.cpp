@@ -129,8 +129,18 @@ TEST_F(TModulesTest, AnImportThatCannotBeMadeTakesTheNewModuleOutAgain) {
   EXPECT_EQ(Engine.GetCurrentModule(), Module(u"MAIN"));
   EXPECT_EQ(Thing->GetImportModuleCount(), 1) << "the refused module is no importer";
   // With the type imported first the template comes along.
-  Engine.Parse(u"(defmodule B (import A deftype ?ALL) (import A deftemplate ?ALL))");
+  Engine.Parse(u"(defmodule B (import A deftype ?ALL) (import A deftemplate ?ALL)) (defrule B::r (thing) =>)");
   EXPECT_EQ(TemplatesOf(u"B"), u"Initial-Fact thing ");
+  // A namesake that cannot make its imports leaves the module it would
+  // have replaced as it was.
+  IModule B = Module(u"B");
+  Log.clear();
+  EXPECT_NE(FailureOf([&] { Engine.Parse(u"(defmodule B (import A deftemplate ?ALL))"); }), u"(no failure)");
+  EXPECT_EQ(Module(u"B"), B);
+  EXPECT_EQ(Names(), u"MAIN A B");
+  EXPECT_EQ(B->GetRules()->Count(), 1);
+  EXPECT_EQ(Thing->GetImportModuleCount(), 2);
+  EXPECT_EQ(Log, u"remove B;") << "only the refused module went";
 }
 
 TEST_F(TModulesTest, ARemovedImporterIsForgottenByWhatItImported) {
