@@ -253,6 +253,10 @@ extern const ITavoValue FCPopFocus;
 // True when Value is one of the shared constants (by identity), FCPopFocus
 // excepted.
 bool IsValueConstant(const ITavoValue& Value);
+// Whether Value is a variable, single or multifield.
+inline bool IsVariable(const ITavoValue& Value) {
+  return Value && (Value->GetDType() == dtVariable || Value->GetDType() == dtMultiVariable);
+}
 bool IsValueConstant(const TTavoValue* Value);
 
 // A value reads as false exactly when it Equals FCFalse.

@@ -572,7 +572,13 @@ void TInferenceEngine::Reset() {
   FFactIdCounter = 0;
   while (PeekFocus()) PopFocus();
   PushFocus(FModules.Get(0));
-  for (int I = 0; I < FModules.Count(); ++I) ClearFacts(FModules.Get(I));
+  for (int I = 0; I < FModules.Count(); ++I) {
+    // Goals still waiting (asked while a rule was added, say) belong to
+    // the facts that go now; the facts of the reset ask anew for what they
+    // need.
+    if (TFactsPending* Pending = FModules.Get(I)->GetFactsPending()) Pending->Clear();
+    ClearFacts(FModules.Get(I));
+  }
   for (int I = 0; I < FModules.Count(); ++I) Reset(FModules.Get(I));
   IModule Remembered;
   if (FModules.Get(0) != FCurrentModule) {

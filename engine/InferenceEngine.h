@@ -158,7 +158,7 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
 
   // The template of that name in the current module, made as an implied
   // template when it does not exist.
-  virtual IFactTemplate CreateFactTemplate(const String& Name);
+  IFactTemplate CreateFactTemplate(const String& Name) override;
   // The template of that name in the current module, or null.
   IFactTemplate FindFactTemplate(StringView Name) const;
   ITavoDefinedType FindDefinedType(StringView Name) const override;
@@ -190,7 +190,7 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   virtual int EndFactModify(const IFact& Fact);
   bool GetModifyingFact() const { return FModifyingFact; }
   // Queues an assert ("+") or retract ("-") for the end of the current one.
-  virtual void AddPendingFact(const IFact& Fact, bool Assert);
+  void AddPendingFact(const IFact& Fact, bool Assert) override;
   virtual void ProcessPendingFacts();
   int GetFactIdCounter() const override { return FFactIdCounter; }
   void SetFactIdCounter(int Value) { FFactIdCounter = Value; }

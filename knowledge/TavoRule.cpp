@@ -11,13 +11,6 @@ namespace tavo {
 namespace {
 
 const String STestPattern = u"test";
-const String SGoalPrefix = u"need-";
-
-bool IsVariable(const ITavoValue& Value) {
-  return Value && (Value->GetDType() == dtVariable || Value->GetDType() == dtMultiVariable);
-}
-
-bool StartsWith(const String& Text, StringView Prefix) { return StringView(Text).substr(0, Prefix.size()) == Prefix; }
 
 using TSubstitutions = std::vector<std::pair<String, String>>;
 
@@ -275,7 +268,7 @@ void TRule::AddPattern(TTavoPattern* Pattern) {
     if (FPatterns.Get(I)->GetName() == STestPattern) --TokenIndex;
   Pattern->BeginUpdate();
   try {
-    if (StartsWith(Pattern->GetName(), SGoalPrefix) && Pattern->GetBoundName().empty())
+    if (Pattern->GetName().starts_with(SBackChainPrefix) && Pattern->GetBoundName().empty())
       Pattern->SetBoundName(RuleEngine->GenerateSymbol(SFactPrefix));
     if (!Pattern->GetBoundName().empty())
       AddBinding(Pattern->GetBoundName(), TokenIndex, SPatternBinding, NoSubIndex);
@@ -287,7 +280,7 @@ void TRule::AddPattern(TTavoPattern* Pattern) {
         if (!IsVariable(Value)) continue;
         String Name = Value->GetAsString();
         if (GetBindingByName(Name)) continue;
-        if (Pattern->IsNegated() && StartsWith(Name, SBlankPrefix)) {
+        if (Pattern->IsNegated() && Name.starts_with(SBlankPrefix)) {
           // A blank variable of a negation is its own, not the rule's.
           String Renamed = u"_" + IntToStr(FPatterns.Count()) + u"_" + Name;
           Test->SetSlotValue(Make<TTavoValue>(Renamed, Value->GetDType()));
@@ -312,18 +305,18 @@ void TRule::AddPattern(TTavoPattern* Pattern) {
     throw;
   }
   Pattern->EndUpdate();
-  if (StartsWith(Pattern->GetName(), SGoalPrefix)) {
+  if (Pattern->GetName().starts_with(SBackChainPrefix)) {
     // The goal's companion: no fact like the goal may exist yet, so that
     // the rule's own firing can make the goal go away.
     auto* Companion = new TTavoPattern(this, *Pattern);
-    Companion->SetName(Pattern->GetName().substr(SGoalPrefix.size()));
+    Companion->SetName(Pattern->GetName().substr(StringView(SBackChainPrefix).size()));
     Companion->SetNegatedCount(1);
     Companion->SetBoundName(String());
     for (int S = 0; S < Companion->GetSlotCount(); ++S)
       for (int T = 0; T < Companion->GetSlotTestCount(S); ++T) {
         TTavoPatternMatchTest* Test = Companion->GetSlotTest(S, T);
         const ITavoValue& Value = Test->GetSlotValue();
-        if (IsVariable(Value) && StartsWith(Value->GetAsString(), SBlankPrefix))
+        if (IsVariable(Value) && Value->GetAsString().starts_with(SBlankPrefix))
           Test->SetSlotValue(Make<TTavoValue>(RuleEngine->GenerateSymbol(SBlankPrefix), Value->GetDType()));
       }
     FPatterns.Insert(Index + 1, Companion);
@@ -424,7 +417,7 @@ void TRule::SetPatterns(const TRulePatternList& Patterns) {
     FPatterns.Clear();
     for (int I = 0; I < Patterns.Count(); ++I) {
       // A goal's companion comes back by itself.
-      if (I > 0 && StartsWith(Patterns.Get(I - 1)->GetName(), SGoalPrefix)) continue;
+      if (I > 0 && Patterns.Get(I - 1)->GetName().starts_with(SBackChainPrefix)) continue;
       FPatterns.Add(Patterns.Get(I)->Clone(this));
     }
   } catch (...) {

@@ -13,10 +13,6 @@ TFuzzyMatchFunction FuzzyMatchFunction = nullptr;
 
 const String STestPatternName = u"test";
 
-bool IsVariable(const ITavoValue& Value) {
-  return Value && (Value->GetDType() == dtVariable || Value->GetDType() == dtMultiVariable);
-}
-
 // Alpha tests read only their own fact: each binding coordinate of the
 // call goes to position 0, so that equal tests on different patterns are
 // equal nodes.

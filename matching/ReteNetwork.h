@@ -34,6 +34,12 @@ class IReteEngine {
   virtual bool IsGlobalVariableName(StringView Name) const = 0;
   // How activations of equal salience are ordered on the agendas.
   virtual TSearchStrategy GetStrategy() const = 0;
+  // The template of that name in the current module, made as an implied
+  // template when there is none.
+  virtual IFactTemplate CreateFactTemplate(const String& Name) = 0;
+  // Queues a fact to assert (or retract) once the walk under way has ended:
+  // a fact never enters the network in the middle of a token's walk.
+  virtual void AddPendingFact(const IFact& Fact, bool Assert) = 0;
 
  protected:
   ~IReteEngine() = default;

@@ -446,7 +446,58 @@ bool TJoinNode::Equals(const TTestNode* Node) const {
   return TTestNode::Equals(Node);
 }
 
-void TJoinNode::AskForBackChain(const IReteToken& /*Token*/) {}
+void TJoinNode::AskForBackChain(const IReteToken& Token) {
+  if (!FPattern || FMatches != 0 || !FRule || FPattern->GetName().starts_with(SBackChainPrefix)) return;
+  TReteNetwork* Network = Rete();
+  IReteEngine* Engine = Network ? Network->GetEngine() : nullptr;
+  if (!Engine) return;
+  IFactTemplate Template = Engine->CreateFactTemplate(SBackChainPrefix + FPattern->GetName());
+  IFact Goal = Template->NewFact();
+  for (int S = 0; S < FPattern->GetSlotCount(); ++S) {
+    const String& SlotName = FPattern->GetSlotName(S);
+    const IFactSlot& Slot = Template->GetSlot(SlotName);
+    const bool Multi = Slot && Slot->IsMulti();
+    ITavoValue Value = Multi ? FCNilList : FCNil;
+    IValueVector List;
+    for (int T = 0; T < FPattern->GetSlotTestCount(S); ++T) {
+      TTavoPatternMatchTest* Test = FPattern->GetSlotTest(S, T);
+      if (Test->GetSlotTestType() == sttNotEquals) continue;
+      ITavoValue Found;
+      const ITavoValue& Tested = Test->GetSlotValue();
+      if (!IsVariable(Tested)) {
+        Found = Tested;
+      } else if (TBinding* Binding = FRule->GetBindingByName(Tested->GetAsString());
+                 Binding && Token->GetCount() > Binding->GetFactIndex()) {
+        TFact* Fact = Token->GetFacts(Binding->GetFactIndex());
+        if (Binding->GetSlotIndex() == SPatternBinding)
+          Found = Make<TTavoValue>(IFact(Fact));
+        else
+          Found = Fact->GetValue(Binding->GetSlotIndex());
+      } else {
+        // Bound by this pattern or a later one: the goal cannot know it.
+        continue;
+      }
+      if (!Multi) {
+        Value = Found;
+        break;
+      }
+      if (!List) {
+        List = Make<TValueVector>();
+        Value = Make<TTavoValue>(List);
+      }
+      const int Index = Test->GetMultiSlotSubIndex();
+      if (Index >= 0 && List->GetValueCount() >= Index + 1)
+        List->Put(Index, Found);
+      else
+        List->Add(Found);
+    }
+    if (List)
+      for (int I = 0; I < List->GetValueCount(); ++I)
+        if (!List->Get(I)) List->Put(I, FCNil);
+    Goal->SetValue(SlotName, Value);
+  }
+  Engine->AddPendingFact(Goal, true);
+}
 
 bool TJoinNode::PairPasses(const TTavoToken& Left, TFact& Right) {
   if (!FNeedsContext) {

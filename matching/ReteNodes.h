@@ -223,8 +223,10 @@ class TJoinNode : public TTestNode {
   String ToString() const override;
 
  protected:
-  // A left token that found no goal fact may ask for one; goals come with
-  // backward chaining, and until then a join asks for nothing.
+  // A left token that found no fact on a backward-chaining join asks for
+  // one: a goal fact of the companion template, its slots filled from the
+  // pattern's literals and from the variables the token has bound, queued
+  // to be asserted once the walk has ended.
   virtual void AskForBackChain(const IReteToken& Token);
 
  private:

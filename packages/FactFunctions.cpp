@@ -187,4 +187,37 @@ void TSetFactDuplicationFunction::Call(TFunctionCall& FunCall, TTavoContext* Con
   Result = Former ? FCTrue : FCFalse;
 }
 
+void TDoBackwardChainingFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"do-backward-chaining",
+              u"Lets rules ask for facts of the named templates: a rule waiting for one asserts a goal fact of "
+              u"need- and the name",
+              u"<fact-template-name>*", 0, AnyArgumentCount);
+}
+
+void TDoBackwardChainingFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
+    ITavoValue Argument = FunCall.EvaluateArgument(I, Context);
+    const String Name = Argument ? Argument->GetAsString() : String();
+    if (Name == u"test" || Name == u"not") throw ETavoException(Format(SBackChainCE, Name));
+    IFactTemplate Template = Engine.CreateFactTemplate(Name);
+    Template->SetBackwardChaining(true);
+    // A goal template that exists already stays: rules on it may hold it,
+    // and a second call for a name changes nothing.
+    const String GoalName = SBackChainPrefix + Name;
+    if (Engine.FindFactTemplate(GoalName)) continue;
+    IFactTemplate Goal = Make<TFactTemplate>(&Engine, Template, u"Goal seeker for " + Name, GoalName);
+    Goal->SetParent(nullptr);
+    // The copy took the flag over from its source, but goals are not asked
+    // for: a pattern on a goal never asks, so it needs neither a fact
+    // before it nor the ban on function calls that lets a goal's slots be
+    // filled from a pattern.
+    Goal->SetBackwardChaining(false);
+    Engine.GetFactTemplates()->AddOrSetValue(GoalName, Goal);
+  }
+  Result = FCTrue;
+}
+
 }  // namespace tavo

@@ -780,6 +780,7 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TGetSlotValueFunction>());
   Functions.Add(Make<TGetFactDuplicationFunction>());
   Functions.Add(Make<TSetFactDuplicationFunction>());
+  Functions.Add(Make<TDoBackwardChainingFunction>());
   Functions.Add(Make<TResetFunction>());
   Functions.Add(Make<TClearFunction>());
   Functions.Add(Make<TPrintOutFunction>());

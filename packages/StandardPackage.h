@@ -72,6 +72,7 @@ TAVO_STANDARD_FUNCTION(TDuplicateFunction)
 TAVO_STANDARD_FUNCTION(TGetSlotValueFunction)
 TAVO_STANDARD_FUNCTION(TGetFactDuplicationFunction)
 TAVO_STANDARD_FUNCTION(TSetFactDuplicationFunction)
+TAVO_STANDARD_FUNCTION(TDoBackwardChainingFunction)
 
 // Output.
 TAVO_STANDARD_FUNCTION(TResetFunction)

@@ -339,9 +339,7 @@ TEST_F(TReteNetworkTest, DISABLED_AFuzzyMatchWeighsTheTokenByItsStrength) {
   EXPECT_LT(Engine.GetAgenda()->GetActivations(0)->GetStrength(), 1.0f);
 }
 
-// Goals come with backward chaining, through TJoinNode::AskForBackChain;
-// this test waits for it.
-TEST_F(TReteNetworkTest, DISABLED_AJoinOnAGoalTemplateAsksForTheGoal) {
+TEST_F(TReteNetworkTest, AJoinOnAGoalTemplateAsksForTheGoal) {
   Engine.Parse(u"(deftemplate d (slot k)) (do-backward-chaining d)");
   TRule* Rule = NewRule(u"wants");
   AddRule(u"wants", {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Pattern(Rule, u"d", {{u"k", Var(u"v")}})}, Rule);
