@@ -57,27 +57,27 @@ struct TFuzzyHedgeEntry {
   int Hedge;
 };
 inline constexpr TFuzzyHedgeEntry FuzzyHedgeTable[] = {
-    // name           number  hedge            y becomes
-    {u"not", false, fhNot},                 // 1 - y
-    {u"very", false, fhVery},               // y^2
-    {u"extremely", false, fhExtremely},     // y^3
-    {u"somewhat", false, fhSomewhat},       // y^0.5
-    {u"more-or-less", false, fhMoreOrLess}, // y^0.5
-    {u"slightly", false, fhSlightly},       // min(y^1.25, 1 - y^2), then norm: true of
-                                            // the middling members only, not of the
-                                            // fullest ones
-    {u"plus", false, fhPlus},               // y^1.25
-    {u"intensify", false, fhIntensify},     // 2 y^2 up to 0.5, 1 - 2 (1 - y)^2 above
-    {u"norm", false, fhNorm},               // y / height, so that the height is 1;
-                                            // a set of height 0 stays as it is
-    {u"power", true, bfhPower},             // y^v, v > 0
-    {u"root", true, bfhRoot},               // y^(1 / v), v > 0
-    {u"scale", true, bfhScale},             // v y
-    {u"shift", true, bfhShift},             // y + v
-    {u"norm-to", true, bfhNormTo},          // v y / height: the height becomes v
-    {u"alpha-cut", true, bfhAlphaCut},      // y where y >= v, else 0
-    {u"floor", true, bfhFloor},             // max(y, v)
-    {u"cut", true, bfhCut},                 // min(y, v)
+    // {name, takes a number, hedge}           membership y becomes
+    {u"not", false, fhNot},                  // 1 - y
+    {u"very", false, fhVery},                // y^2
+    {u"extremely", false, fhExtremely},      // y^3
+    {u"somewhat", false, fhSomewhat},        // y^0.5
+    {u"more-or-less", false, fhMoreOrLess},  // y^0.5
+    {u"slightly", false, fhSlightly},        // min(y^1.25, 1 - y^2), then norm: true of
+                                             // the middling members only, not of the
+                                             // fullest ones
+    {u"plus", false, fhPlus},                // y^1.25
+    {u"intensify", false, fhIntensify},      // 2 y^2 up to 0.5, 1 - 2 (1 - y)^2 above
+    {u"norm", false, fhNorm},                // y / height, so that the height is 1;
+                                             // a set of height 0 stays as it is
+    {u"power", true, bfhPower},              // y^v, v > 0
+    {u"root", true, bfhRoot},                // y^(1 / v), v > 0
+    {u"scale", true, bfhScale},              // v y
+    {u"shift", true, bfhShift},              // y + v
+    {u"norm-to", true, bfhNormTo},           // v y / height: the height becomes v
+    {u"alpha-cut", true, bfhAlphaCut},       // y where y >= v, else 0
+    {u"floor", true, bfhFloor},              // max(y, v)
+    {u"cut", true, bfhCut},                  // min(y, v)
 };
 
 // The words of a fuzzy expression bind by these precedences: named hedges
@@ -111,9 +111,21 @@ inline constexpr char16_t SMediumFuzzyTerm[] = u"medium";
 inline constexpr char16_t SHighFuzzyTerm[] = u"high";
 
 // Failures of the library.
-inline constexpr char16_t SFuzzyInvalidPoint[] = u"Invalid fuzzy point (%s, %s): x must be a number and y lie between 0 and 1";
-inline constexpr char16_t SFuzzyInvalidSteps[] = u"A fuzzy curve needs at least one step, not %d";
-inline constexpr char16_t SFuzzyInvalidCurve[] = u"Invalid fuzzy curve: %s";
+inline constexpr char16_t SFuzzyInvalidPoint[] =
+    u"Invalid fuzzy point (%s, %s): x must be a number and y lie between 0 and 1";
+inline constexpr char16_t SFuzzyInvalidSteps[] = u"A fuzzy curve needs 1 to 1000 steps, not %d";
+inline constexpr char16_t SFuzzyInvalidTriangle[] = u"Invalid fuzzy triangle %s %s %s: its numbers must be finite";
+inline constexpr char16_t SFuzzyInvalidSCurve[] =
+    u"Invalid fuzzy %s curve from %s to %s with the inflection at %s: the three must ascend";
+inline constexpr char16_t SFuzzyInvalidPI[] =
+    u"Invalid fuzzy pi curve from %s to %s around %s: the centre must lie between";
+inline constexpr char16_t SFuzzyInvalidPIWidth[] =
+    u"Invalid fuzzy pi curve of width %s around %s: the width must not be negative";
+inline constexpr char16_t SFuzzyInvalidBeta[] =
+    u"Invalid fuzzy beta curve of width %s around %s with the inflection at %s and weight %s: width, inflection and "
+    u"weight must be above 0";
+inline constexpr char16_t SFuzzyInvalidOperation[] = u"Invalid fuzzy operation %d";
+inline constexpr char16_t SFuzzyInvalidHedge[] = u"Invalid fuzzy hedge %d";
 inline constexpr char16_t SFuzzyInvalidHedgeNumber[] = u"Invalid number %s for the fuzzy hedge %s";
 inline constexpr char16_t SFuzzyTermExists[] = u"Fuzzy variable %s already has a term %s";
 inline constexpr char16_t SFuzzyTermOfOther[] = u"Fuzzy set %s is already a term of the fuzzy variable %s";
