@@ -5,6 +5,8 @@
 #endif
 
 #include "common/MekSanitizer.h"
+#include "core/TavoFuzzy.h"
+#include "core/TavoVectors.h"
 
 namespace tavo {
 
@@ -61,6 +63,27 @@ inline ITavoValue Take(const ITavoValue& Value, ITavoValue& Scratch) {
 }
 
 
+// The fuzzy set that literal points stand for, each coordinate resolved
+// in Context and read as a number.
+ITavoValue ResolveSingletons(const TSingletonsVector& Points, TObject* Context) {
+  IFuzzySet Set = Make<TTavoFuzzySet>();
+  ITavoValue Result = Make<TTavoValue>(Set);
+  if (auto* Parser = dynamic_cast<IFuzzyParser*>(Points.GetParser())) Set->SetParser(Parser);
+  Set->BeginUpdate();
+  try {
+    for (int I = 0; I < Points.GetCount(); ++I) {
+      const double X = Points.GetXValues(I)->Resolve(Context)->GetAsNumeric();
+      const double Y = Points.GetYValues(I)->Resolve(Context)->GetAsNumeric();
+      Set->AddPoint(X, Y);
+    }
+  } catch (...) {
+    Set->EndUpdate();
+    throw;
+  }
+  Set->EndUpdate();
+  return Result;
+}
+
 }  // namespace
 
 void CheckStack(const TFunctionCall& Call) {
@@ -102,6 +125,9 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
         return Scratch;
       }
       return Expression;
+    case dtSingletons:
+      Scratch = Value.Resolve(Context);
+      return Scratch;
     default:
       return Expression;
   }
@@ -130,8 +156,10 @@ ITavoValue TTavoValue::Resolve(TObject* Context) {
         return Scope->ResolveBindingInfo(*Info);
       }
       break;
+    case dtSingletons:
+      if (auto* Points = static_cast<TSingletonsVector*>(FValue.VInterface)) return ResolveSingletons(*Points, Context);
+      break;
     default:
-      // Singletons become a fuzzy set once the fuzzy library has sets.
       break;
   }
   return ITavoValue(this);

@@ -295,4 +295,9 @@ IFact IReasoner::ParseFact(const String& /*Text*/) { throw ETavoException(Format
 
 int IReasoner::Assert(const IFact& /*Fact*/, bool /*Unconditional*/) { throw ETavoException(SUnknownEngine); }
 
+ITavoValue IReasoner::EvalFuzzyExpression(const IFuzzyVariable& /*Variable*/, const ITavoValue& Value,
+                                          TTavoContext* /*Context*/) {
+  return Value;
+}
+
 }  // namespace tavo

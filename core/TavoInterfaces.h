@@ -29,6 +29,7 @@ class TTavoDefinedType;
 class TTavoToken;
 class TIFuzzySet;
 class TIFuzzyVariable;
+class TTavoContext;
 
 using ITavoValue = TRef<TTavoValue>;
 using IValueVector = TRef<TValueVector>;
@@ -84,6 +85,12 @@ class IReasoner {
   // reasoner without facts of its own keeps the defaults: it reads and
   // asserts nothing, and holds no fact sets.
   virtual IFact ParseFact(const String& Text);
+  // Any value as a fuzzy value of Variable: a term, a hedged expression,
+  // points, a number. Context may be null; what cannot be computed without
+  // one is then kept as it is. A reasoner without fuzzy expressions gives
+  // the value back.
+  virtual ITavoValue EvalFuzzyExpression(const IFuzzyVariable& Variable, const ITavoValue& Value,
+                                         TTavoContext* Context);
   virtual int Assert(const IFact& Fact, bool Unconditional);
   virtual IModule FocusFactSetModule(StringView /*Module*/, bool /*Force*/) { return nullptr; }
   virtual void RestoreModule(const IModule& /*Module*/) {}

@@ -15,6 +15,7 @@
 
 #include "core/TavoContext.h"
 #include "core/TavoFunctions.h"
+#include "core/TavoFuzzy.h"
 #include "core/TavoVectors.h"
 
 namespace tavo {
@@ -415,8 +416,12 @@ int32_t TTavoValue::GetAsInteger() const {
       return int32_t(uint32_t(reinterpret_cast<uintptr_t>(FValue.VPointer)));
     case dtFloat:
       return TruncToInt32(FValue.VExtended);
+    case dtFuzzy:
+      // The defuzzified number to the nearest integer, ties to even.
+      if (FValue.VInterface)
+        return TruncToInt32(std::nearbyint(static_cast<const TIFuzzySet*>(FValue.VInterface)->Defuzzify()));
+      break;
     default:
-      // A fuzzy value reads as its defuzzified number once fuzzy sets exist.
       break;
   }
   NotCorrectType(u"integer");
@@ -437,8 +442,10 @@ double TTavoValue::GetAsNumeric() const {
       return FValue.VInteger;
     case dtFloat:
       return FValue.VExtended;
+    case dtFuzzy:
+      if (FValue.VInterface) return static_cast<const TIFuzzySet*>(FValue.VInterface)->Defuzzify();
+      break;
     default:
-      // A fuzzy value reads as its defuzzified number once fuzzy sets exist.
       break;
   }
   NotCorrectType(u"numeric");
@@ -595,9 +602,10 @@ bool TTavoValue::EqualsValue(const TTavoValue* Other) const {
     case dtList:
       return FValue.VInterface && FValue.VInterface->Equals(Theirs.VInterface);
     case dtSingletons:
-    case dtFuzzy:
       // Compared with the other value, not with what it holds.
       return FValue.VInterface && FValue.VInterface->Equals(Other);
+    case dtFuzzy:
+      return FValue.VInterface && FuzzyMatches(*static_cast<const TIFuzzySet*>(FValue.VInterface), Other);
     case dtObject:
       // Compiled variables are equal where their coordinates are.
       if (HoldsBindingInfo() && Other->HoldsBindingInfo())
@@ -635,8 +643,9 @@ bool TTavoValue::EqualsStar(const ITavoValue& Other) const {
              FValue.VInterface->Equals(Other->CheckedInterface(
                  Self, Self == dtList ? u"list" : Self == dtFact ? u"fact" : u"function call"));
     case dtSingletons:
-    case dtFuzzy:
       return FValue.VInterface && FValue.VInterface->Equals(Other.Get());
+    case dtFuzzy:
+      return FValue.VInterface && FuzzyMatches(*static_cast<const TIFuzzySet*>(FValue.VInterface), Other.Get());
     case dtObject:
       return FValue.VObject == Other->GetAsObject();
     case dtExternalAddress:

@@ -161,7 +161,7 @@ void TTavoDefinedTypes::Prepare(TTavoDefinedType& Type) {
   if (FEngine && Type.GetReasoner() != FEngine) Type.SetReasoner(FEngine);
   if (const IFuzzyVariable& Variable = Type.GetFuzzyType(); Variable && FEngine) {
     Variable->SetFuzzyEqualsThreshold(FEngine->GetFuzzyEqualsThreshold());
-    // The default terms low, medium and high come with the fuzzy library's sets.
+    if (FEngine->GetFuzzyAutoTerms()) FEngine->AddDefaultFuzzyTerms(*Variable);
   }
   if (!Type.GetModule()) Type.SetModule(IModule(FModule));
 }

@@ -260,12 +260,25 @@ void TInferenceEngine::SetFactDuplication(bool Value) {
 
 // Facts.
 
-int TInferenceEngine::Assert(const IFact& Fact, bool /*Unconditional*/) {
+int TInferenceEngine::Assert(const IFact& Fact, bool Unconditional) {
   const IFactTemplate& Template = Fact->GetTemplate();
   if (!Template) throw ETavoException(SNoTemplate);
-  // A fuzzy fact merges with an equal one once the fuzzy operations exist;
-  // until then it stands beside it.
-  if (!Template->IsFuzzy() && !FFactDuplication) {
+  if (Template->IsFuzzy()) {
+    // A rule's strength shapes what it asserts; an equal fact, equal but
+    // for its fuzzy slots, is combined into the new one and goes.
+    if (FCurrentAgendaItem) FuzzyCorrelation(Fact, FCurrentAgendaItem->GetStrength());
+    if (int Index = FFacts->FindFact(Fact); Index >= 0) {
+      IFact Existing = FFacts->Get(Index);
+      // The union goes through FuzzyInference, so that a host's
+      // OnFuzzyInference may do it instead; an unconditional assert
+      // intersects.
+      if (Unconditional)
+        FuzzyOperation(Fact, Existing, false);
+      else
+        FuzzyInference(Fact, Existing);
+      RetractFact(Index);
+    }
+  } else if (!FFactDuplication) {
     int32_t Hash = Fact->GetHashCode();
     if (FFacts->FindFact(Fact, Hash) >= 0) return -1;
     FFacts->SetKnownHash(Fact.Get(), Hash);

@@ -12,6 +12,7 @@
 #include "engine/TavoModule.h"
 #include "knowledge/TavoFacts.h"
 #include "matching/ReteNetwork.h"
+#include "core/TavoFuzzy.h"
 #include "fuzzylib/FuzzyConsts.h"
 
 namespace tavo {
@@ -51,7 +52,11 @@ using TRuleEvent = std::function<void(TObject* Sender, TRule* Rule)>;
 using TAgendaEvent = std::function<void(TObject* Sender, int Index, TActivation* Activation)>;
 using TUserFunctionEvent = std::function<void(TObject* Sender, const IUserFunction& UserFunction)>;
 
-class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine, public IRuleEngine {
+class TInferenceEngine : public TComponent,
+                         public IReasoner,
+                         public IReteEngine,
+                         public IRuleEngine,
+                         public IFuzzyParser {
   TAVO_CLASS(TInferenceEngine, TComponent)
  public:
   explicit TInferenceEngine(TComponent* AOwner = nullptr);
@@ -309,7 +314,32 @@ class TInferenceEngine : public TComponent, public IReasoner, public IReteEngine
   TFuzzyInferenceMethod GetFuzzyInferenceMethod() const { return FFuzzyInferenceMethod; }
   void SetFuzzyInferenceMethod(TFuzzyInferenceMethod Value) { FFuzzyInferenceMethod = Value; }
   float GetFuzzyEqualsThreshold() const { return FFuzzyEqualsThreshold; }
-  void SetFuzzyEqualsThreshold(float Value) { FFuzzyEqualsThreshold = Value; }
+  // Held between 0 and 1, and given to the variable of every fuzzy type of
+  // every module.
+  void SetFuzzyEqualsThreshold(float Value);
+
+  // Fuzzy operations.
+  ITavoValue EvalFuzzyExpression(const IFuzzyVariable& Variable, const ITavoValue& Value,
+                                 TTavoContext* Context) override;
+  // The text as an expression over the variable's terms.
+  ITavoValue EvalFuzzyExpression(const IFuzzyVariable& Variable, const String& Text, TTavoContext* Context);
+  IFuzzySet ParseFuzzyExpression(TIFuzzyVariable& Variable, const String& Text) override;
+  // The terms low, medium and high that a variable lacks.
+  virtual void AddDefaultFuzzyTerms(TIFuzzyVariable& Variable);
+  // Combines Other into Fact, slot by slot, by the inference method: a
+  // union, or an intersection when Union is false.
+  virtual void FuzzyOperation(const IFact& Fact, const IFact& Other, bool Union);
+  // Shapes the fuzzy values of Fact by the strength of the rule that
+  // asserts it, by the correlation method.
+  virtual void FuzzyCorrelation(const IFact& Fact, float Strength);
+  virtual void FuzzyInference(const IFact& Fact, const IFact& Other);
+  // Value's set, cloned, combined with Other's and stored back in Value;
+  // lists member by member.
+  void FuzzyIntersection(const ITavoValue& Value, const ITavoValue& Other, TFuzzyOperation Operation);
+  void FuzzyUnion(const ITavoValue& Value, const ITavoValue& Other, TFuzzyOperation Operation);
+  // A handler that does the correlation itself sets Done.
+  std::function<void(TObject* Sender, const IFact& Fact, float Strength, bool& Done)> OnFuzzyCorrelation;
+  TFactCombineEvent OnFuzzyInference;
   float GetMinActivationStrength() const { return FMinActivationStrength; }
   // Held between 0 and 1, and passed to the current network only.
   void SetMinActivationStrength(float Value);

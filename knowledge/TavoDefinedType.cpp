@@ -440,9 +440,11 @@ bool TTavoDefinedType::IsValid(const ITavoValue& Value) const {
     return true;
   }
   if (FBaseTypes.Contains(dtFuzzy)) {
-    // The forms that can still become a set of this type's variable. A fuzzy
-    // value is valid when its set is of that variable; sets arrive with the
-    // fuzzy library's sets.
+    // A set of this type's variable, or a form that can still become one.
+    if (Type == dtFuzzy) {
+      const IFuzzySet& Set = Value->GetAsFuzzy();
+      return Set && FFuzzyType && Set->GetVariable() == FFuzzyType.Get();
+    }
     static constexpr TTavoTypes Convertible{dtAtom,  dtString,     dtInteger,      dtVariable,
                                             dtFloat, dtFunCall,    dtSingletons,   dtMultiVariable};
     return Convertible.Contains(Type);
@@ -536,8 +538,8 @@ ITavoValue TTavoDefinedType::CreateSingleDefault() const {
     Result->SetAsExternalAddress(nullptr);
   } else if (FBaseTypes.Contains(dtFuzzy)) {
     if (!FFuzzyType) return FCNil;
-    // The variable's empty set is the default once the library has sets.
-    throw ETavoException(SNeedFuzzyType);
+    TIFuzzySet* Empty = FFuzzyType->FindFuzzySet(SEmptyFuzzy);
+    Result->SetAsFuzzy(Empty ? IFuzzySet(Empty) : FFuzzyType->NewFuzzySet(SEmptyFuzzy));
   } else if (FBaseTypes.Contains(dtFactId)) {
     Result->SetAsFactId(0);
   } else if (FBaseTypes.Contains(dtFact)) {

@@ -122,9 +122,12 @@ void TFact::SetValueAt(int Position, const ITavoValue& Value) {
       Value->SetAsFloat(Value->GetAsInteger());
     } else if (Value && (Value->GetDType() == dtAtom || Value->GetDType() == dtString) &&
                Types.Contains(dtFuzzy)) {
-      // The text becomes a set of the slot's variable once the fuzzy library
-      // parses expressions.
-      throw ETavoException(Format(SParseTypeError, u"fuzzy values"));
+      // The text is an expression over the terms of the slot's variable;
+      // the value itself becomes the set.
+      const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
+      const IFuzzyVariable& Variable = Type ? Type->GetFuzzyType() : IFuzzyVariable();
+      if (!Variable) throw ETavoException(SNeedFuzzyType);
+      Value->SetAsFuzzy(Variable->Parse(Value->GetAsString()));
     } else {
       throw ETavoException(Slot->GetInvalidValueString(Value));
     }
@@ -280,8 +283,25 @@ const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
       // A resolved list value may be a shared one: expand into a new value.
       Value = Make<TTavoValue>(Context.ExpandList(Value->GetAsList()));
     }
-    // The fuzzy slots of a fuzzy template become sets of their variables once
-    // fuzzy expressions are evaluated.
+    if (Fuzzy) {
+      const IFactSlot& Slot = Template->GetLayout()->GetSlot(I);
+      const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
+      const IFuzzyVariable& Variable = Type ? Type->GetFuzzyType() : IFuzzyVariable();
+      const bool OneFuzzyItem = Value && Value->GetDType() == dtList && Value->GetAsList()->GetValueCount() == 1 &&
+                                Value->GetAsList()->Get(0) && Value->GetAsList()->Get(0)->GetDType() == dtFuzzy;
+      if (Slot->GetSlotType().Contains(dtFuzzy) && !(Value && Value->GetDType() == dtFuzzy) && !OneFuzzyItem) {
+        IReasoner* Reasoner = Template->GetReasoner();
+        const bool WasList = Value && Value->GetDType() == dtList;
+        if (Reasoner) Value = Reasoner->EvalFuzzyExpression(Variable, Value, &Context);
+        if (Slot->GetSlotType().Contains(dtList) && !WasList && Value) {
+          IValueVector One = Make<TValueVector>();
+          One->Add(Value);
+          Value = Make<TTavoValue>(One);
+        }
+      } else if (Value && Value->GetDType() == dtFuzzy && Variable && !Value->GetAsFuzzy()->GetVariable()) {
+        Value->GetAsFuzzy()->SetVariable(Variable.Get());
+      }
+    }
     Fact->SetValueAt(I, Value);
   }
   return Fact;

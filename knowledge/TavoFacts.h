@@ -7,6 +7,9 @@
 namespace tavo {
 
 using TFactEvent = std::function<void(TObject* Sender, const IFact& Fact)>;
+// Two facts about to be combined; a handler that does the combining
+// itself sets Done.
+using TFactCombineEvent = std::function<void(TObject* Sender, const IFact& Fact1, const IFact& Fact2, bool& Done)>;
 
 // A fact holds one value per slot of its template's layout, by position; a
 // null entry is a slot not yet written, which gets a clone of its default

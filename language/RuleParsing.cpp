@@ -194,10 +194,20 @@ void TTavoClipsParser::ParseSlotConstraints(TTavoPattern& Pattern, const String&
     bool Negated = Token->GetDataType() == KindTilde;
     if (Negated) Token = Next();
     const int Kind = Token->GetDataType();
-    if (IsFuzzy && !IsVariableKind(Kind)) {
-      // Fuzzy constraints are one fuzzy value each; they are read with the
-      // fuzzy sets.
-      ParseError(Where, SParseTypeError, u"fuzzy patterns");
+    if (IsFuzzy && !IsVariableKind(Kind) && !(Kind == dtAtom && Token->GetText() == u":")) {
+      // The rest of the slot is one fuzzy value: a term, a hedged
+      // expression, points; built here, as the rule is read.
+      PutBack(Token);
+      ITavoValue Value = ParseValue();
+      if (Value) Value = Value->Resolve(GlobalContext());
+      if (!Value || Value->GetDType() != dtFuzzy) {
+        const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
+        if (!Type || !FOwner) ParseError(Where, SNeedFuzzyType);
+        Value = FOwner->EvalFuzzyExpression(Type->GetFuzzyType(), Value, nullptr);
+      }
+      Pattern.AddTest(SlotName, Value, SubIndex, Conjunction, Negated);
+      Token = Next();
+      continue;
     }
     if (Kind == dtFloat || Kind == dtString || Kind == dtInteger) {
       Pattern.AddTest(SlotName, Token->Value(), SubIndex, Conjunction, Negated);

@@ -492,12 +492,21 @@ ITavoValue TTavoClipsParser::CheckedValue(ITavoValue Value, TTavoTypes Types, co
 }
 
 ITavoValue TTavoClipsParser::ParseValue(TTavoTypes Types, const ITavoDefinedType& DefinedType) {
-  if (Types.Contains(dtFuzzy)) {
-    if (FTypeCheck && !DefinedType) ParseError(u"ParseValue", SNeedFuzzyType);
-    // Fuzzy values are read once fuzzy expressions are evaluated.
-    ParseError(u"ParseValue", SParseTypeError, u"fuzzy values");
+  auto Fuzzy = [&](const ITavoValue& Value) {
+    if (!DefinedType || !FOwner) ParseError(u"ParseValue", SNeedFuzzyType);
+    return FOwner->EvalFuzzyExpression(DefinedType->GetFuzzyType(), Value, nullptr);
+  };
+  if (Types.Contains(dtMultiSlot)) {
+    ITavoValue Result = Make<TTavoValue>(ParseList());
+    if (!FTypeCheck || !Types.Contains(dtFuzzy)) return CheckedValue(Result, Types, DefinedType);
+    ITavoValue Sets = Fuzzy(Result);
+    if (!Sets || Sets == FCNil) ParseError(u"ParseValue", SInvalidFuzzyExpression, Result->ToString());
+    if (Sets->GetDType() == dtList) return Sets;
+    IValueVector One = Make<TValueVector>();
+    One->Add(Sets);
+    return Make<TTavoValue>(One);
   }
-  if (Types.Contains(dtMultiSlot)) return CheckedValue(Make<TTavoValue>(ParseList()), Types, DefinedType);
+  if (Types.Contains(dtFuzzy)) return Fuzzy(ParseValue());
   ITavoValue Result;
   IStreamToken Token = Next();
   int Kind = Token->GetDataType();
@@ -960,7 +969,7 @@ TTavoTypes TTavoClipsParser::ParseSlotTypes(ITavoDefinedType& Named) {
 }
 
 void TTavoClipsParser::ParseRangeAndCardinality(const ITavoDefinedType& Type, bool IsCardinality,
-                                                bool AllowVariables) {
+                                                bool AllowVariables, const IFuzzyVariable& Variable) {
   const StringView Where = u"ParseDefinedType";
   if (!Type) IsCardinality = false;
   if (Next()->GetDataType() != KindOpen) ParseError(Where, SExpectedChar, u"(");
@@ -997,6 +1006,11 @@ void TTavoClipsParser::ParseRangeAndCardinality(const ITavoDefinedType& Type, bo
             Type->SetMinRange(Bound->GetAsNumeric());
           else
             Type->SetMaxRange(Bound->GetAsNumeric());
+        } else if (Variable) {
+          if (Minimum)
+            Variable->SetMinimum(Bound->GetAsNumeric());
+          else
+            Variable->SetMaximum(Bound->GetAsNumeric());
         }
         return;
       }
@@ -1015,11 +1029,73 @@ void TTavoClipsParser::ParseRangeAndCardinality(const ITavoDefinedType& Type, bo
         Type->SetMinRange(Value->GetAsNumeric());
       else
         Type->SetMaxRange(Value->GetAsNumeric());
+    } else if (Variable) {
+      if (Minimum)
+        Variable->SetMinimum(Value->GetAsNumeric());
+      else
+        Variable->SetMaximum(Value->GetAsNumeric());
     }
   };
   TakeBound(First, true);
   TakeBound(Next(), false);
   if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+}
+
+IFuzzyVariable TTavoClipsParser::ParseFuzzyVariable() {
+  const StringView Where = u"ParseFuzzyVariable";
+  IFuzzyVariable Variable = Make<TTavoFuzzyVariable>();
+  if (FOwner) Variable->SetParser(static_cast<IFuzzyParser*>(FOwner));
+  IStreamToken Token = Next();
+  while (Token->GetDataType() != KindClose) {
+    IStreamToken Word = Next();
+    if (Token->GetDataType() != KindOpen || Word->GetDataType() != dtAtom)
+      ParseError(Where, SExpectedKeyword, u"range, units, or values");
+    const String& Text = Word->GetText();
+    if (Text == u"range") {
+      PutBack(Word);
+      PutBack(Token);
+      ParseRangeAndCardinality(nullptr, false, false, Variable);
+    } else if (Text == u"units") {
+      Variable->SetUnits(Next()->ToString());
+      if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+    } else if (Text == u"values") {
+      Token = Next();
+      while (Token->GetDataType() != KindClose) {
+        PutBack(Token);
+        IFuzzySet Term = ParseFuzzySet(Variable);
+        Variable->AddFuzzySet(Term);
+        Token = Next();
+      }
+    } else {
+      ParseError(Where, SExpectedKeyword, u"range, units, or values");
+    }
+    Token = Next();
+  }
+  PutBack(Token);
+  if (OnParseFuzzyVariable) OnParseFuzzyVariable(this, Variable);
+  return Variable;
+}
+
+IFuzzySet TTavoClipsParser::ParseFuzzySet(const IFuzzyVariable& Variable) {
+  const StringView Where = u"ParseFuzzySet";
+  String Name, Comment;
+  // The header reads one token past the name: the expression starts there.
+  PutBack(ParseHeader(Name, Comment, false, Where, SExpectedFuzzySet, u"term"));
+  ITavoValue Value = ParseValue();
+  if (Value) Value = Value->Resolve(GlobalContext());
+  if (!Value || Value->GetDType() != dtFuzzy) {
+    if (!FOwner) ParseError(Where, SUndefinedFuzzyVariable);
+    Value = FOwner->EvalFuzzyExpression(Variable, Value, nullptr);
+  }
+  if (!Value || Value->GetDType() != dtFuzzy) ParseError(Where, SInvalidFuzzyExpression, Value ? Value->ToString() : String());
+  // A term is a set of its own, never one shared with another term.
+  IFuzzySet Set = Value->GetAsFuzzy();
+  if (Set->IsTerm() || Set->GetVariable()) Set = Set->CloneSet();
+  Set->SetName(Name);
+  if (FOwner) Set->SetParser(static_cast<IFuzzyParser*>(FOwner));
+  if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+  if (OnParseFuzzySet) OnParseFuzzySet(this, Set);
+  return Set;
 }
 
 void TTavoClipsParser::ParseAllowedEnumerations(const ITavoDefinedType& Type) {
@@ -1103,8 +1179,17 @@ ITavoDefinedType TTavoClipsParser::ParseDefinedType() {
     Type->SetComment(Comment);
   }
   if (Next()->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
-  // Fuzzy deftypes describe a fuzzy variable, read with fuzzy expressions.
-  if (Type->GetBaseTypes().Contains(dtFuzzy)) ParseError(Where, SParseTypeError, u"fuzzy deftypes");
+  if (Type->GetBaseTypes().Contains(dtFuzzy)) {
+    // A fuzzy type describes its variable: universe, units and terms.
+    IFuzzyVariable Variable = ParseFuzzyVariable();
+    Variable->SetName(Name);
+    Type->SetFuzzyType(Variable);
+    Type->SetUnits(Variable->GetUnits());
+    Token = Next();
+    if (Token->GetDataType() != KindClose) ParseError(Where, SExpectedChar, u")");
+    if (OnParseDefinedType) OnParseDefinedType(this, Type);
+    return Type;
+  }
   Token = Next();
   while (Token->GetDataType() == KindOpen) {
     IStreamToken Word = Next();

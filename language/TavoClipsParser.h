@@ -49,7 +49,15 @@ class TTavoClipsParser : public TTavoParser {
   // The type names up to ")", which stays unread; a named deftype among
   // them goes to Named.
   TTavoTypes ParseSlotTypes(ITavoDefinedType& Named);
-  void ParseRangeAndCardinality(const ITavoDefinedType& Type, bool IsCardinality, bool AllowVariables);
+  // The bounds go to the type, or without one to the fuzzy variable's
+  // universe.
+  void ParseRangeAndCardinality(const ITavoDefinedType& Type, bool IsCardinality, bool AllowVariables,
+                                const IFuzzyVariable& Variable = nullptr);
+  // The clauses of a fuzzy type: (range from to), (units u) and
+  // (values (term name expression)...), up to the type's ")".
+  IFuzzyVariable ParseFuzzyVariable();
+  // One (term name expression) of a fuzzy variable.
+  IFuzzySet ParseFuzzySet(const IFuzzyVariable& Variable);
   void ParseAllowedEnumerations(const ITavoDefinedType& Type);
   ITavoDefinedType ParseDefinedType();
   // A new set owned by the engine, without an engine of its own yet; the

@@ -50,6 +50,8 @@ using TParseFactSetEvent = std::function<void(TTavoParser* Sender, TFactSet* Fac
 using TParseModuleEvent = std::function<void(TTavoParser* Sender, const IModule& Module)>;
 using TParseRuleEvent = std::function<void(TTavoParser* Sender, TRule* Rule)>;
 using TParsePatternEvent = std::function<void(TTavoParser* Sender, TTavoPattern* Pattern)>;
+using TParseFuzzySetEvent = std::function<void(TTavoParser* Sender, const IFuzzySet& Set)>;
+using TParseFuzzyVariableEvent = std::function<void(TTavoParser* Sender, const IFuzzyVariable& Variable)>;
 
 // The frame of a parser: its settings, its events and the operations that
 // read constructs and expressions from its stream.
@@ -104,6 +106,8 @@ class TTavoParser : public TPersistent {
   TParseModuleEvent OnParseModule;
   TParseRuleEvent OnParseRule;
   TParsePatternEvent OnParsePattern;
+  TParseFuzzySetEvent OnParseFuzzySet;
+  TParseFuzzyVariableEvent OnParseFuzzyVariable;
 
  protected:
   TInferenceEngine* FOwner;

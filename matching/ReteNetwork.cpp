@@ -2,14 +2,13 @@
 
 #include <algorithm>
 
+#include "core/TavoFuzzy.h"
 #include "knowledge/TavoFactTemplate.h"
 #include "knowledge/TavoRule.h"
 
 namespace tavo {
 
 namespace {
-
-TFuzzyMatchFunction FuzzyMatchFunction = nullptr;
 
 const String STestPatternName = u"test";
 
@@ -89,12 +88,8 @@ void TReteNetwork::RuleFired(TActivation* Activation) {
 }
 
 float TReteNetwork::FuzzyMatch(const ITavoValue& Fuzzy, const ITavoValue& Other) const {
-  // Fuzzy values match by degree; the fuzzy layer supplies the measure.
-  if (!FuzzyMatchFunction) throw ETavoException(SInvalidFuzzyValue);
-  return FuzzyMatchFunction(Fuzzy, Other);
+  return float(FuzzyDegree(*Fuzzy->GetAsFuzzy(), Other.Get()));
 }
-
-void TReteNetwork::SetFuzzyMatchFunction(TFuzzyMatchFunction Function) { FuzzyMatchFunction = Function; }
 
 const IFact& TReteNetwork::GetNullFact() const {
   static const IFact None;

@@ -45,9 +45,6 @@ class IReteEngine {
   ~IReteEngine() = default;
 };
 
-// How strongly a fuzzy value matches another value; installed by the fuzzy
-// layer, which sits above the matcher.
-using TFuzzyMatchFunction = float (*)(const ITavoValue& Fuzzy, const ITavoValue& Other);
 
 class TReteNetwork : public TGGraph {
   TAVO_CLASS(TReteNetwork, TGGraph)
@@ -118,9 +115,8 @@ class TReteNetwork : public TGGraph {
   void Extract(TGGraphNode* Node) override;
   void Notification(TComponent* Component, TOperation Operation) override;
 
-  // The fuzzy layer's match, or an error while none is installed.
+  // How strongly a fuzzy value matches another value, 0 to 1.
   float FuzzyMatch(const ITavoValue& Fuzzy, const ITavoValue& Other) const;
-  static void SetFuzzyMatchFunction(TFuzzyMatchFunction Function);
   const IFact& GetNullFact() const;
 
   // Each node's text, one a line, in the order the nodes were made.

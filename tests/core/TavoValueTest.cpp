@@ -1,4 +1,5 @@
 #include "core/TavoValue.h"
+#include "core/TavoFuzzy.h"
 
 #include <gtest/gtest.h>
 
@@ -311,9 +312,29 @@ TEST(TavoValueTest, VariableResolvesToItsBindingInAContext) {
             u"Corrupted Binding, variable not found: empty");
 }
 
-// Extension points: these behaviours arrive with the pieces they need.
-TEST(TavoValueTest, FuzzyValueReadsAsItsDefuzzifiedNumber) {
-  GTEST_SKIP() << "needs fuzzy sets";
+TEST(TavoValueTest, FuzzyValueReadsAsItsDefuzzifiedNumberAndMatchesFromEitherSide) {
+  using namespace testvalues;
+  IFuzzySet Set = Make<TTavoFuzzySet>();
+  Set->Triangle(0, 2.5, 5);
+  ITavoValue Fuzzy = Make<TTavoValue>(Set);
+  EXPECT_DOUBLE_EQ(Fuzzy->GetAsNumeric(), 2.5);
+  EXPECT_EQ(Fuzzy->GetAsInteger(), 2) << "2.5 rounds to the even neighbour";
+  // A number matches where the membership is above the threshold, asked
+  // from either side; a crisp number outside the set does not.
+  EXPECT_TRUE(Fuzzy->Equals(Int(2).Get()));
+  EXPECT_TRUE(Int(2)->Equals(Fuzzy.Get()));
+  EXPECT_TRUE(Flt(4.9)->EqualsStar(Fuzzy));
+  EXPECT_FALSE(Int(7)->Equals(Fuzzy.Get()));
+  EXPECT_FALSE(Atom(u"hot")->Equals(Fuzzy.Get()));
+  // Sets compare through any set, also one of the library's own class:
+  // disjoint sets differ, overlapping ones match.
+  IFuzzySet Plain = Make<TIFuzzySet>();
+  Plain->Triangle(4, 6, 8);
+  EXPECT_TRUE(Fuzzy->Equals(Make<TTavoValue>(Plain).Get()));
+  EXPECT_TRUE(Make<TTavoValue>(Plain)->Equals(Fuzzy.Get()));
+  Plain->Triangle(6, 7, 8);
+  EXPECT_FALSE(Make<TTavoValue>(Plain)->Equals(Fuzzy.Get()));
+  EXPECT_EQ(Fuzzy->GetAsString(), Set->ToString());
 }
 
 }  // namespace

@@ -288,8 +288,23 @@ TEST(TavoDefinedTypeTest, AllowedValuesPrintByGroup) {
   EXPECT_EQ(GetAllowedString(*Type), String(IndentString) + u"(allowed-strings \"s\" )\r\n");
 }
 
-TEST(TavoDefinedTypeTest, FuzzyDefaultWaitsForFuzzySets) {
-  GTEST_SKIP() << "needs the fuzzy library's sets";
+TEST(TavoDefinedTypeTest, AFuzzyTypeDefaultsToTheEmptyTermAndAcceptsOnlyItsOwnSets) {
+  ITavoDefinedType Type = Make<TTavoDefinedType>();
+  Type->SetName(u"speed");
+  Type->SetBaseTypes({dtFuzzy});
+  const IFuzzyVariable& Variable = Type->GetFuzzyType();
+  ASSERT_TRUE(Variable);
+  ITavoValue Default = Type->CreateValidDefault(false);
+  ASSERT_EQ(Default->GetDType(), dtFuzzy);
+  EXPECT_EQ(Default->GetAsFuzzy()->GetName(), SEmptyFuzzy);
+  EXPECT_EQ(Default->GetAsFuzzy().Get(), Variable->FindFuzzySet(SEmptyFuzzy)) << "the term, made once";
+  EXPECT_TRUE(Type->IsValid(Default));
+  // A set of another variable is no value of this type; a number or a
+  // name may still become one.
+  IFuzzyVariable Other = Make<TTavoFuzzyVariable>(u"other");
+  EXPECT_FALSE(Type->IsValid(Make<TTavoValue>(Other->NewFuzzySet(u"x"))));
+  EXPECT_TRUE(Type->IsValid(Make<TTavoValue>(int32_t(3), dtInteger)));
+  EXPECT_TRUE(Type->IsValid(Make<TTavoValue>(String(u"fast"), dtAtom)));
 }
 
 }  // namespace

@@ -138,15 +138,20 @@ TEST_F(TRuleParsingTest, AHostParsesARuleOrItsSidesAlone) {
 }
 
 // A fuzzy slot's constraint is one fuzzy value, made from the words of the
-// slot's fuzzy type; the parser reads it once fuzzy sets exist. Until then
-// such a pattern fails with a clear message, and this test waits.
-TEST_F(TRuleParsingTest, DISABLED_AFuzzySlotTakesItsConstraintAsOneFuzzyValue) {
-  Engine.Parse(u"(deftype temperature FUZZY 0 100 (terms (hot (50 0) (100 1))))"
+// slot's fuzzy type as the rule is read.
+TEST_F(TRuleParsingTest, AFuzzySlotTakesItsConstraintAsOneFuzzyValue) {
+  Engine.Parse(u"(deftype temperature extends (type FUZZY) (range 0 100)"
+               u"  (values (term hot ((50 0) (100 1)))))"
                u"(deftemplate reading (slot temp (type temperature)))");
   TRule* R = Rule(u"(defrule r (reading (temp very hot)) =>)");
   TTavoPattern* P = R->GetPattern(0);
   ASSERT_EQ(P->GetSlotTestCount(P->IndexOfSlotName(u"temp")), 1);
-  EXPECT_EQ(P->GetSlotTest(P->IndexOfSlotName(u"temp"), 0)->GetSlotValue()->GetDType(), dtFuzzy);
+  const ITavoValue& Value = P->GetSlotTest(P->IndexOfSlotName(u"temp"), 0)->GetSlotValue();
+  ASSERT_EQ(Value->GetDType(), dtFuzzy);
+  EXPECT_DOUBLE_EQ(Value->GetAsFuzzy()->DegreeOfMembership(75), 0.25) << "very squares the membership of hot";
+  EXPECT_EQ(FailureOf([&] { Rule(u"(defrule bad (reading (temp warm)) =>)"); }).find(u"Invalid Fuzzy Expression: warm") !=
+                String::npos,
+            true);
 }
 
 }  // namespace

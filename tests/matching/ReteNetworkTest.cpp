@@ -327,16 +327,21 @@ TEST_F(TReteNetworkTest, AnActivationTellsItsRuleAndFactsAndACloneStartsAtFullSt
   EXPECT_EQ(Engine.GetAgendaCount(), 1);
 }
 
-// Fuzzy values come with the fuzzy layer, which installs the match through
-// TReteNetwork::SetFuzzyMatchFunction; this test waits for it.
-TEST_F(TReteNetworkTest, DISABLED_AFuzzyMatchWeighsTheTokenByItsStrength) {
-  Engine.Parse(u"(deftype level FUZZY 0 10 (terms (low (0 1) (5 0)) (high (5 0) (10 1))))"
+TEST_F(TReteNetworkTest, AFuzzyMatchWeighsTheTokenByItsStrength) {
+  Engine.Parse(u"(deftype level extends (type FUZZY) (range 0 10)"
+               u"  (values (term little ((0 1) (5 0))) (term much ((5 0) (10 1)))))"
                u"(deftemplate reading (slot level (type level)))");
-  TRule* Rule = NewRule(u"low");
-  AddRule(u"low", {Pattern(Rule, u"reading", {{u"level", Atom(u"low")}})}, Rule);
+  TRule* Rule = NewRule(u"little");
+  AddRule(u"little", {Pattern(Rule, u"reading", {{u"level", Engine.ParseValue(u"((0 1) (5 0))")->Resolve(nullptr)}})}, Rule);
   Engine.Assert(u"(reading (level 2))");
   ASSERT_EQ(Engine.GetAgendaCount(), 1);
-  EXPECT_LT(Engine.GetAgenda()->GetActivations(0)->GetStrength(), 1.0f);
+  EXPECT_FLOAT_EQ(Engine.GetAgenda()->GetActivations(0)->GetStrength(), 0.6f) << "the membership of 2 in little";
+  // Below the activation threshold the match ends at the node.
+  Engine.SetMinActivationStrength(0.7f);
+  Engine.Assert(u"(reading (level 1.5))");
+  Engine.Assert(u"(reading (level 1))");
+  ASSERT_EQ(Engine.GetAgendaCount(), 2);
+  EXPECT_FLOAT_EQ(Engine.GetAgenda()->GetActivations(0)->GetStrength(), 0.8f);
 }
 
 TEST_F(TReteNetworkTest, AJoinOnAGoalTemplateAsksForTheGoal) {
