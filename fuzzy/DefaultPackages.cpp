@@ -1,5 +1,6 @@
 // The engine's default packages. The engine sits below the packages, so the
-// operations that make them are defined here, where the packages are known.
+// operations that make them are defined here, in the top layer, where every
+// package is known.
 #include "engine/InferenceEngine.h"
 #include "packages/MathPackage.h"
 #include "packages/MiscPackage.h"
