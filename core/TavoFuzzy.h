@@ -24,6 +24,14 @@ class TTavoFuzzySet : public TIFuzzySet {
   using TIFuzzySet::TIFuzzySet;
   bool Equals(const TCloneableObject* Other) const override { return FuzzyMatches(*this, Other); }
   TFzyFloat FuzzyEquals(const TCloneableObject* Other) const override { return FuzzyDegree(*this, Other); }
+  // A set of a variable reads as what it was made from over the
+  // variable's terms ("hot", "very hot", "hot cut 0.5"), which reads back
+  // as the same set; any other set as its points.
+  String ToString() const override {
+    if (GetVariable())
+      if (String Text = Description(); !Text.empty()) return Text;
+    return TIFuzzySet::ToString();
+  }
 };
 
 // The variable that a fuzzy defined type owns; its terms are the engine's

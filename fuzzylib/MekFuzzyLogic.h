@@ -254,12 +254,14 @@ class TIFuzzySet : public TFuzzySet {
   // takes the source's variable too; a term keeps its variable and name.
   void Assign(const TPersistent* Source) override;
 
- private:
-  friend class TIFuzzyVariable;
-
+ protected:
   // What the set stands for in a composed expression: the expression
   // given, else the name; empty when neither exists.
   String Description() const;
+
+ private:
+  friend class TIFuzzyVariable;
+
   void Combined(const TFuzzySet& Other, TFuzzyOperation Operation, bool Union, const String& Before);
 
   TIFuzzyVariable* FVariable = nullptr;

@@ -276,8 +276,12 @@ bool TPatternMatchNode::Equals(TPatternMatchTest Test, const ITavoValue& Value, 
   if (Value) {
     if (Args.size() != FArguments.size()) return false;
     if (IsFuzzy(Value) || IsFuzzy(FValue)) {
-      float Strength = IsFuzzy(Value) ? Rete()->FuzzyMatch(Value, FValue) : Rete()->FuzzyMatch(FValue, Value);
-      if (Strength < 1.0f) return false;
+      // Two fuzzy constraints share a node only when they are the same set:
+      // a full match somewhere (hot against very hot both reach 1 at the
+      // top) would give one rule the other's strengths.
+      if (!IsFuzzy(Value) || !IsFuzzy(FValue) ||
+          !Value->GetAsFuzzy()->SamePoints(*FValue->GetAsFuzzy(), 1e-9))
+        return false;
     } else if (!Value->Equals(FValue)) {
       return false;
     }
