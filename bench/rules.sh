@@ -5,6 +5,7 @@
 #   seating16/64/128  guests seated by alternating sex and a shared hobby
 #   joins             50,000 facts each of two kinds joined with a third,
 #                     and a negated join, then one run
+#   fuzzy             fuzzy readings matched, correlated and merged
 #   (line labelling waits for the trigonometry functions)
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
@@ -33,3 +34,4 @@ for n in 16 64 128; do
   workload "seating$n" "$here/rules/seating.clp" "$here/rules/guests$n.clp"
 done
 workload joins "$here/rules/joins.clp"
+workload fuzzy "$here/rules/fuzzy.clp"

@@ -12,13 +12,29 @@ TFacts::TFacts(TInferenceEngine* Engine, TModule* Module) : FModule(Module), FEn
 
 TFacts::~TFacts() = default;
 
+namespace {
+
+// The hash of a fuzzy fact's template and of the values of its slots that
+// are not fuzzy: facts equal but for their fuzzy values share it.
+int32_t CrispHash(TFact& Fact) {
+  const IFactTemplate& Template = Fact.GetTemplate();
+  const ISlotLayout& Layout = Template->GetLayout();
+  String Text;
+  for (int I = 0; I < Layout->Count(); ++I)
+    if (!Layout->GetSlot(I)->IsFuzzy())
+      if (const ITavoValue& Value = Fact.GetValueAt(I)) Value->AppendText(Text);
+  return int32_t(uint32_t(Template->GetHashCode()) * 31u + uint32_t(CalculateHash(Text, 1)));
+}
+
+}  // namespace
+
 bool TFacts::IsForeign(const IFact& Fact) const {
   return Fact->GetTemplate() && Fact->GetTemplate()->GetModule().Get() != FModule;
 }
 
 void TFacts::CreateCache() {
   FCache = std::make_unique<TMekDictionary<int32_t, IFact>>(std::max(FItems.Count(), 101));
-  FFuzzyCache = std::make_unique<TInterfaceList<TFact>>();
+  FFuzzyCache = std::make_unique<TMekDictionary<int32_t, std::vector<IFact>>>();
   FCollisions.clear();
   for (const IFact& Fact : FItems) CacheAdd(Fact);
 }
@@ -37,9 +53,14 @@ void TFacts::SetCacheHashCodes(bool Value) {
 
 void TFacts::CacheAdd(const IFact& Fact) {
   if (!FCacheHashCodes) return;
-  if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy())
-    FFuzzyCache->Add(Fact);
-  else {
+  if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy()) {
+    int32_t Hash = CrispHash(*Fact);
+    Fact->SetListedHash(Hash);
+    if (std::vector<IFact>* Same = FFuzzyCache->Find(Hash))
+      Same->push_back(Fact);
+    else
+      FFuzzyCache->Add(Hash, {Fact});
+  } else {
     int32_t Hash = Fact.Get() == FKnownFact ? FKnownHash : Fact->GetHashCode();
     FKnownFact = nullptr;
     // Kept with the fact: it leaves the cache under the hash it entered by.
@@ -56,7 +77,10 @@ void TFacts::CacheAdd(const IFact& Fact) {
 void TFacts::CacheRemove(const IFact& Fact) {
   if (!FCacheHashCodes) return;
   if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy()) {
-    FFuzzyCache->Remove(Fact.Get());
+    if (std::vector<IFact>* Same = FFuzzyCache->Find(Fact->GetListedHash())) {
+      std::erase(*Same, Fact);
+      if (Same->empty()) FFuzzyCache->Remove(Fact->GetListedHash());
+    }
     return;
   }
   int32_t Hash = Fact->GetListedHash();
@@ -189,8 +213,9 @@ int TFacts::FindFact(const IFact& Fact) const {
 int TFacts::FindFact(const IFact& Fact, int32_t Hash) const {
   if (!FPreserveIDs && FCacheHashCodes) {
     if (Fact->GetTemplate() && Fact->GetTemplate()->IsFuzzy()) {
-      for (const IFact& Entry : *FFuzzyCache)
-        if (Fact->Equals(Entry.Get())) return IndexOf(Entry);
+      if (const std::vector<IFact>* Same = FFuzzyCache->Find(CrispHash(*Fact)))
+        for (const IFact& Entry : *Same)
+          if (Fact->Equals(Entry.Get())) return IndexOf(Entry);
       return -1;
     }
     const IFact* Cached = FCache->Find(Hash);

@@ -89,7 +89,9 @@ class TFacts : public TPersistent {
   const TFact* FKnownFact = nullptr;
   int32_t FKnownHash = 0;
   std::unique_ptr<TMekDictionary<int32_t, IFact>> FCache;
-  std::unique_ptr<TInterfaceList<TFact>> FFuzzyCache;
+  // Facts of fuzzy templates by the hash of their slots that are not
+  // fuzzy, which equal facts share whatever their fuzzy values.
+  std::unique_ptr<TMekDictionary<int32_t, std::vector<IFact>>> FFuzzyCache;
   // Facts whose hash another fact of the cache holds; rare, so a plain list.
   std::vector<IFact> FCollisions;
   TModule* FModule;
