@@ -2,6 +2,7 @@
 // operations that make them are defined here, in the top layer, where every
 // package is known.
 #include "engine/InferenceEngine.h"
+#include "fuzzy/FuzzyLogicPackage.h"
 #include "packages/MathPackage.h"
 #include "packages/MiscPackage.h"
 #include "packages/StandardPackage.h"
@@ -18,6 +19,7 @@ void TInferenceEngine::AddDefaultPackages() {
   if (FPackages.Contains(pMiscellaneous)) NewComponent<TMiscPackage>(this);
   if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
   if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
+  if (FPackages.Contains(pFuzzyLogic)) NewComponent<TFuzzyLogicPackage>(this);
   if (OnAddDefaultPackages) OnAddDefaultPackages(this);
 }
 
