@@ -226,6 +226,12 @@ void TFuzzyFamilyFunction::SetFunctionName(const String& Value) {
     }
 }
 
+void TFuzzyFamilyFunction::Assign(const TPersistent* Source) {
+  const auto* Function = dynamic_cast<const TFuzzyFamilyFunction*>(Source);
+  if (Function && Function->FKinds.data() == FKinds.data()) FKind = Function->FKind;
+  TTavoUserFunction::Assign(Source);
+}
+
 // create-fuzzy-value
 
 void TCreateFuzzySetFunction::InitMetaData() {

@@ -52,6 +52,10 @@ class TFuzzyFamilyFunction : public TTavoUserFunction {
  public:
   void InitMetaData() override;
   void SetFunctionName(const String& Value) override;
+  using TTavoUserFunction::Assign;
+  // A function of the same family takes the source's kind as well, even
+  // under a name of its own.
+  void Assign(const TPersistent* Source) override;
 
  protected:
   TFuzzyFamilyFunction(int Kind, std::span<const TFuzzyFunctionKind> Kinds) : FKind(Kind), FKinds(Kinds) {}

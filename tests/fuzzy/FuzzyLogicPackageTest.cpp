@@ -349,6 +349,12 @@ TEST(TFuzzyFamilyTest, TheKindSetsTheNameAndAKnownNameSetsTheKind) {
   Function->SetFunctionName(u"membership");
   EXPECT_EQ(Function->GetType(), gffGetFsValue);
   EXPECT_EQ(Function->GetFunctionName(), u"membership");
+  // A copy serves as its source does, whatever the name.
+  TRef<TGetFuzzyFunction> Copy = Make<TGetFuzzyFunction>();
+  Copy->Assign(Function.Get());
+  EXPECT_EQ(Copy->GetType(), gffGetFsValue);
+  EXPECT_EQ(Copy->GetFunctionName(), u"membership");
+  EXPECT_EQ(Copy->GetMinArgumentCount(), 2);
 
   TRef<TCreateFuzzyShapeFunction> Shape = Make<TCreateFuzzyShapeFunction>();
   EXPECT_EQ(Shape->GetFunctionName(), u"s");
