@@ -74,7 +74,8 @@ IFuzzyVariable TypeVariable(TInferenceEngine& Engine, const ITavoValue& Name) {
   return Type->GetFuzzyType();
 }
 
-IFuzzyVariable SetVariable(const IFuzzySet& Set) {
+// The variable a set belongs to, or SUndefinedFuzzyVariable.
+IFuzzyVariable VariableOfSet(const IFuzzySet& Set) {
   if (!Set->GetVariable()) throw ETavoException(SUndefinedFuzzyVariable);
   return IFuzzyVariable(Set->GetVariable());
 }
@@ -91,7 +92,7 @@ IFuzzyVariable FactVariable(const IFact& Fact) {
     }
   IFuzzySet Set = GetFuzzySlot(Fact);
   if (!Set) throw ETavoException(SNotFuzzyFact);
-  return SetVariable(Set);
+  return VariableOfSet(Set);
 }
 
 // Sets the engine's inference method for the time of one fuzzy assertion.
@@ -253,7 +254,7 @@ void TCreateFuzzySetFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
       Variable = TypeVariable(Engine, Source);
       break;
     case dtFuzzy:
-      Variable = SetVariable(Source->GetAsFuzzy());
+      Variable = VariableOfSet(Source->GetAsFuzzy());
       break;
     default:
       InvalidArgument(Source, {dtAtom, dtString, dtFuzzy});
@@ -443,7 +444,7 @@ void TUniverseOfDiscourseFunction::Call(TFunctionCall& FunCall, TTavoContext* Co
       Variable = TypeVariable(Engine, Source);
       break;
     case dtFuzzy:
-      Variable = SetVariable(Source->GetAsFuzzy());
+      Variable = VariableOfSet(Source->GetAsFuzzy());
       break;
     case dtInteger:
     case dtFactId:
