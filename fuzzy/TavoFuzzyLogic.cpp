@@ -2,6 +2,7 @@
 // a variable, the default terms, the correlation of a rule's strength into
 // the facts it asserts, and the combining of a new fuzzy fact with an
 // equal one.
+#include <charconv>
 #include <cmath>
 
 #include "core/TavoContext.h"
@@ -313,11 +314,18 @@ void TInferenceEngine::FuzzyCorrelation(const IFact& Fact, float Strength) {
   const TBaseFuzzyHedge Hedge = FFuzzyCorrelationMethod == fcmProduct ? bfhScale : bfhCut;
   const IFactTemplate& Template = Fact->GetTemplate();
   if (!Template || !Template->IsFuzzy()) throw ETavoException(SNotFuzzyFact);
+  // The strength as the shortest decimal that reads back as the same
+  // float, so that the set's expression shows 0.33333334, not the digits
+  // that widening a float adds.
+  char Digits[32];
+  const auto Written = std::to_chars(Digits, Digits + sizeof(Digits), Strength);
+  double Level = Strength;
+  std::from_chars(Digits, Written.ptr, Level);
   auto Shape = [&](const ITavoValue& Value) {
     if (!Value || Value->GetDType() != dtFuzzy) return;
     // The set may be a shared term: the fact takes a shaped copy.
     IFuzzySet Set = Value->GetAsFuzzy()->CloneSet();
-    Set->Hedge(Hedge, Strength);
+    Set->Hedge(Hedge, Level);
     Value->SetAsFuzzy(Set);
   };
   const ISlotLayout& Layout = Template->GetLayout();

@@ -299,7 +299,11 @@ const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
           Value = Make<TTavoValue>(One);
         }
       } else if (Value && Value->GetDType() == dtFuzzy && Variable && !Value->GetAsFuzzy()->GetVariable()) {
-        Value->GetAsFuzzy()->SetVariable(Variable.Get());
+        // The set may be shared, a global's say: the fact takes a copy of
+        // its own that belongs to the slot's variable.
+        IFuzzySet Own = Value->GetAsFuzzy()->CloneSet();
+        Own->SetVariable(Variable.Get());
+        Value = Make<TTavoValue>(Own);
       }
     }
     Fact->SetValueAt(I, Value);
