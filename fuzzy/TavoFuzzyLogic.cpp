@@ -256,32 +256,35 @@ void TInferenceEngine::AddDefaultFuzzyTerms(TIFuzzyVariable& Variable) {
   }
 }
 
-void TInferenceEngine::FuzzyIntersection(const ITavoValue& Value, const ITavoValue& Other, TFuzzyOperation Operation) {
+namespace {
+
+// Value's set, cloned, combined with Other's and stored back in Value;
+// lists member by member.
+void CombineValues(const ITavoValue& Value, const ITavoValue& Other, TFuzzyOperation Operation, bool Union) {
   if (!Value || !Other) return;
   if (Value->GetDType() == dtList && Other->GetDType() == dtList) {
     const IValueVector& Mine = Value->GetAsList();
     const IValueVector& Theirs = Other->GetAsList();
     for (int I = 0; I < Mine->GetValueCount() && I < Theirs->GetValueCount(); ++I)
-      FuzzyIntersection(Mine->Get(I), Theirs->Get(I), Operation);
+      CombineValues(Mine->Get(I), Theirs->Get(I), Operation, Union);
     return;
   }
   IFuzzySet Set = Value->GetAsFuzzy()->CloneSet();
-  Set->Intersection(*Other->GetAsFuzzy(), Operation);
+  if (Union)
+    Set->Union(*Other->GetAsFuzzy(), Operation);
+  else
+    Set->Intersection(*Other->GetAsFuzzy(), Operation);
   Value->SetAsFuzzy(Set);
 }
 
+}  // namespace
+
+void TInferenceEngine::FuzzyIntersection(const ITavoValue& Value, const ITavoValue& Other, TFuzzyOperation Operation) {
+  CombineValues(Value, Other, Operation, false);
+}
+
 void TInferenceEngine::FuzzyUnion(const ITavoValue& Value, const ITavoValue& Other, TFuzzyOperation Operation) {
-  if (!Value || !Other) return;
-  if (Value->GetDType() == dtList && Other->GetDType() == dtList) {
-    const IValueVector& Mine = Value->GetAsList();
-    const IValueVector& Theirs = Other->GetAsList();
-    for (int I = 0; I < Mine->GetValueCount() && I < Theirs->GetValueCount(); ++I)
-      FuzzyUnion(Mine->Get(I), Theirs->Get(I), Operation);
-    return;
-  }
-  IFuzzySet Set = Value->GetAsFuzzy()->CloneSet();
-  Set->Union(*Other->GetAsFuzzy(), Operation);
-  Value->SetAsFuzzy(Set);
+  CombineValues(Value, Other, Operation, true);
 }
 
 void TInferenceEngine::FuzzyOperation(const IFact& Fact, const IFact& Other, bool Union) {
