@@ -25,7 +25,7 @@ using namespace tavo;
 namespace {
 
 constexpr char Usage[] =
-    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [FILE...]\n"
+    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [-f FILE]... [FILE...]\n"
     "\n"
     "Runs the top-level forms of each FILE in order, as a batch: expressions,\n"
     "function calls and definitions of the rule language. What the engine\n"
@@ -38,6 +38,11 @@ constexpr char Usage[] =
     "\n"
     "Options:\n"
     "  --help              show this text and stop\n"
+    "  -f FILE             batch FILE into the session first, then go on as\n"
+    "                      without it: with the FILEs after the options, or\n"
+    "                      else with the forms of standard input (so\n"
+    "                      tavo -f kb.clp loads a knowledge base and gives the\n"
+    "                      prompt)\n"
     "  --strategy=WAY      how activations of equal salience are ordered:\n"
     "                      depth (the newest first, the default) or breadth\n"
     "                      (the oldest first)\n"
@@ -56,6 +61,22 @@ void ReportError(const String& Message) {
 
 // Set once (exit) ran: nothing more is read.
 bool Exiting = false;
+
+// The whole of a file, read in one piece of its size: no growing buffer,
+// no copy. False, with a word on standard error, when it cannot be read.
+bool ReadWholeFile(const std::string& File, std::string& Contents) {
+  std::ifstream In(File, std::ios::binary);
+  if (!In) {
+    std::cerr << "tavo: cannot read " << File << "\n";
+    return false;
+  }
+  In.seekg(0, std::ios::end);
+  Contents.assign(size_t(std::max<std::streamoff>(In.tellg(), 0)), '\0');
+  In.seekg(0, std::ios::beg);
+  In.read(Contents.data(), std::streamsize(Contents.size()));
+  Contents.resize(size_t(In.gcount()));
+  return true;
+}
 
 // Runs every top-level form of Text; true when all of them ran.
 bool RunForms(TInferenceEngine& Engine, std::string Text) {
@@ -140,6 +161,8 @@ bool RunPrompt(TInferenceEngine& Engine) {
 int RunHost(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   std::vector<std::string> Files;
+  // Batched first; standard input still follows when no FILE is given.
+  std::vector<std::string> Batches;
   TSearchStrategy Strategy = ssDepthFirst;
   TSalience EvalSalience = sActivate;
   for (int I = 1; I < argc; ++I) {
@@ -160,6 +183,14 @@ int RunHost(int argc, char** argv) {
         std::cerr << "tavo: unknown value " << Value << " for " << Name << "\n" << Usage;
         return 2;
       }
+      continue;
+    }
+    if (Argument == "-f") {
+      if (I + 1 >= argc) {
+        std::cerr << "tavo: -f needs a file\n" << Usage;
+        return 2;
+      }
+      Batches.push_back(argv[++I]);
       continue;
     }
     if (Argument.size() > 1 && Argument[0] == '-') {
@@ -194,7 +225,13 @@ int RunHost(int argc, char** argv) {
   };
 
   bool Succeeded = true;
-  if (Files.empty()) {
+  for (const std::string& File : Batches) {
+    if (Exiting) break;
+    std::string Contents;
+    if (!ReadWholeFile(File, Contents)) return 2;
+    Succeeded = RunForms(Engine, std::move(Contents)) && Succeeded;
+  }
+  if (Files.empty() && !Exiting) {
     if (isatty(STDIN_FILENO)) {
       Succeeded = RunPrompt(Engine);
     } else {
@@ -205,17 +242,8 @@ int RunHost(int argc, char** argv) {
   }
   for (const std::string& File : Files) {
     if (Exiting) break;
-    std::ifstream In(File, std::ios::binary);
-    if (!In) {
-      std::cerr << "tavo: cannot read " << File << "\n";
-      return 2;
-    }
-    // Read in one piece of the file's size: no growing buffer, no copy.
-    In.seekg(0, std::ios::end);
-    std::string Contents(size_t(std::max<std::streamoff>(In.tellg(), 0)), '\0');
-    In.seekg(0, std::ios::beg);
-    In.read(Contents.data(), std::streamsize(Contents.size()));
-    Contents.resize(size_t(In.gcount()));
+    std::string Contents;
+    if (!ReadWholeFile(File, Contents)) return 2;
     Succeeded = RunForms(Engine, std::move(Contents)) && Succeeded;
   }
   std::cout.flush();
