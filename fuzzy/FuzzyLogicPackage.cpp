@@ -51,12 +51,6 @@ String TypeNames(TTavoTypes Types) {
              TypeNames(Accepted)));
 }
 
-// The variable of a fuzzy slot, through its defined type.
-IFuzzyVariable SlotVariable(const IFactSlot& Slot) {
-  const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
-  return Type ? Type->GetFuzzyType() : IFuzzyVariable();
-}
-
 // The fact of an id, or SNoSuchFact.
 IFact FactOfId(TInferenceEngine& Engine, const ITavoValue& Id) {
   const int32_t Number = Id->GetAsInteger();
@@ -87,7 +81,7 @@ IFuzzyVariable FactVariable(const IFact& Fact) {
   const ISlotLayout& Layout = Template ? Template->GetLayout() : ISlotLayout();
   for (int I = 0; Layout && I < Layout->Count(); ++I)
     if (Layout->GetSlot(I)->IsFuzzy()) {
-      if (IFuzzyVariable Variable = SlotVariable(Layout->GetSlot(I))) return Variable;
+      if (IFuzzyVariable Variable = Layout->GetSlot(I)->GetFuzzyVariable()) return Variable;
       break;
     }
   IFuzzySet Set = GetFuzzySlot(Fact);
@@ -134,7 +128,7 @@ IFuzzySet GetFuzzySlot(const IFact& Fact) {
       case dtFloat: {
         IReasoner* Reasoner = Template->GetReasoner();
         if (!Reasoner) throw ETavoException(SUnknownEngine);
-        return Reasoner->EvalFuzzyExpression(SlotVariable(Slot), Value, nullptr)->GetAsFuzzy();
+        return Reasoner->EvalFuzzyExpression(Slot->GetFuzzyVariable(), Value, nullptr)->GetAsFuzzy();
       }
       default:
         return Value->GetAsFuzzy();

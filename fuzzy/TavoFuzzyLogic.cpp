@@ -96,12 +96,6 @@ TFuzzyOperation OperationOf(TFuzzyInferenceMethod Method) {
   }
 }
 
-// The variable of a fuzzy slot, through its defined type.
-IFuzzyVariable VariableOf(const IFactSlot& Slot) {
-  const ITavoDefinedType& Type = Slot ? Slot->GetExtendedTypeInfo() : ITavoDefinedType();
-  return Type ? Type->GetFuzzyType() : IFuzzyVariable();
-}
-
 }  // namespace
 
 ITavoValue TInferenceEngine::EvalFuzzyExpression(const IFuzzyVariable& Variable, const ITavoValue& Value,

@@ -5,6 +5,10 @@
 
 namespace tavo {
 
+IFuzzyVariable TFactSlot::GetFuzzyVariable() const {
+  return FExtendedTypeInfo ? FExtendedTypeInfo->GetFuzzyType() : IFuzzyVariable();
+}
+
 namespace {
 
 String TypesText(TTavoTypes Types) { return UpperCase(SetToString(Types)); }

@@ -33,6 +33,8 @@ class TFactSlot : public TCloneableObject {
   // fits is replaced by a valid one.
   virtual void SetSlotType(TTavoTypes Value);
   const ITavoDefinedType& GetExtendedTypeInfo() const { return FExtendedTypeInfo; }
+  // The fuzzy variable of the slot's defined type, or null.
+  IFuzzyVariable GetFuzzyVariable() const;
   virtual void SetExtendedTypeInfo(const ITavoDefinedType& Value);
   bool GetDefaultDynamic() const { return FDefaultDynamic; }
   void SetDefaultDynamic(bool Value) { FDefaultDynamic = Value; }

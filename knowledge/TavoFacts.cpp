@@ -124,8 +124,7 @@ void TFact::SetValueAt(int Position, const ITavoValue& Value) {
                Types.Contains(dtFuzzy)) {
       // The text is an expression over the terms of the slot's variable;
       // the value itself becomes the set.
-      const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
-      const IFuzzyVariable& Variable = Type ? Type->GetFuzzyType() : IFuzzyVariable();
+      IFuzzyVariable Variable = Slot->GetFuzzyVariable();
       if (!Variable) throw ETavoException(SNeedFuzzyType);
       Value->SetAsFuzzy(Variable->Parse(Value->GetAsString()));
     } else {
@@ -285,8 +284,7 @@ const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
     }
     if (Fuzzy) {
       const IFactSlot& Slot = Template->GetLayout()->GetSlot(I);
-      const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
-      const IFuzzyVariable& Variable = Type ? Type->GetFuzzyType() : IFuzzyVariable();
+      IFuzzyVariable Variable = Slot->GetFuzzyVariable();
       const bool OneFuzzyItem = Value && Value->GetDType() == dtList && Value->GetAsList()->GetValueCount() == 1 &&
                                 Value->GetAsList()->Get(0) && Value->GetAsList()->Get(0)->GetDType() == dtFuzzy;
       if (Slot->GetSlotType().Contains(dtFuzzy) && !(Value && Value->GetDType() == dtFuzzy) && !OneFuzzyItem) {
