@@ -464,7 +464,15 @@ String PrettyPrint(const TRule& Rule, TRuleConstruct Half) {
     for (int I = 0; I < Rule.GetPatternCount(); ++I) {
       // The companion pattern that the rule adds behind a goal is the
       // rule's own and comes back by itself.
-      if (I > 0 && Rule.GetPattern(I - 1)->GetName().starts_with(u"need-")) continue;
+      if (I > 0 && Rule.GetPattern(I - 1)->GetName().starts_with(SBackChainPrefix)) continue;
+      // So is the initial-fact pattern in front of a first pattern that
+      // cannot start a rule.
+      if (I == 0 && Rule.GetPatternCount() > 1 && Rule.GetPattern(0)->GetName() == SInitialFactPattern) {
+        const TTavoPattern& Next = *Rule.GetPattern(1);
+        const IFactTemplate& Template = Next.GetFactTemplate();
+        if (Next.GetNegatedCount() > 0 || Next.GetName() == STestCE || (Template && Template->IsBackwardChaining()))
+          continue;
+      }
       if (!Result.empty()) Result += CRLF;
       Result += Indent + IndentLines(PrettyPrint(*Rule.GetPattern(I), Rule.GetRuleEngine()), Indent);
     }

@@ -104,5 +104,90 @@ TEST(TPrettyPrinterTest, EveryConstructPrintsTextThatReparsesToTheSameText) {
   }
 }
 
+
+struct TPrettyPrinterTexts : testing::Test {
+  TPrettyPrinterTexts() { Engine.Parse(u"(deftemplate p (slot a) (multislot m))"); }
+  std::string Pattern(const char16_t* Rule, int Index = 0) {
+    Engine.Parse(Rule);
+    TRule* R = Engine.GetRules()->Get(Engine.GetRules()->Count() - 1);
+    return StringToUtf8(PrettyPrint(*R->GetPattern(Index), R->GetRuleEngine()));
+  }
+  TInferenceEngine Engine;
+};
+
+TEST_F(TPrettyPrinterTexts, OrderedPatternPrintsAsWritten) {
+  EXPECT_EQ(Pattern(u"(defrule r (a b) =>)"), "(a b)");
+  EXPECT_EQ(Pattern(u"(defrule r2 (a ?x&~1&:(> ?x 0) $?y) =>)"), "(a ?x&~1&:(> ?x 0) $?y)");
+}
+
+TEST_F(TPrettyPrinterTexts, FactsPrintStringsQuotedAndSkipEmptySlots) {
+  EXPECT_EQ(StringToUtf8(PrettyPrint(Engine.ParseFact(u"(p (a \"x \\\"y\\\"\"))"))), "(p (a \"x \\\"y\\\"\"))");
+  EXPECT_EQ(StringToUtf8(PrettyPrint(Engine.ParseFact(u"(q 1 2.5 \"s\")"))), "(q 1 2.5000 \"s\")");
+  IFact Fact = Engine.ParseFact(u"(p (m 1 2))");
+  EXPECT_EQ(StringToUtf8(PrettyPrintFactSlot(Fact, u"m")), "(m 1 2)");
+  EXPECT_EQ(StringToUtf8(PrettyPrintFactSlot(Fact, u"a", String())), "");
+  EXPECT_EQ(StringToUtf8(PrettyPrintFactSlot(Engine.ParseFact(u"(q 1 2)"), SDefaultSlotName)), "1 2");
+}
+
+TEST_F(TPrettyPrinterTexts, CallCommentLinesEachGetTheCommentMark) {
+  IFunCall Call = Make<TFunctionCall>(&Engine, u"printout");
+  Call->AddArgument(testvalues::Atom(u"t"));
+  Call->AddArgument(testvalues::Str(u"hi"));
+  Call->SetComment(u"  first line\r\n\r\n; second line  ");
+  EXPECT_EQ(StringToUtf8(PrettyPrint(Call)), "; first line\r\n; second line\r\n(printout t \"hi\")");
+  EXPECT_EQ(StringToUtf8(PrettyPrint(Call, true)), "; first line\r\n; second line\r\n(printout t (\"hi\"))");
+}
+
+TEST_F(TPrettyPrinterTexts, UnconstrainedPatternGetsAFillerThatReparses) {
+  std::string Ordered = Pattern(u"(defrule r (a) =>)");
+  EXPECT_EQ(Ordered.rfind("(a $?__var", 0), 0u) << Ordered;
+  // A filler on each pattern, named apart, so the patterns stay unjoined.
+  Engine.Parse(u"(defrule r2 (a) (a) =>)");
+  String Rule = PrettyPrint(*Engine.GetRules()->Find(u"r2"), false);
+  TInferenceEngine Again;
+  Again.Parse(u"(deftemplate p (slot a) (multislot m))");
+  Again.Parse(Rule);
+  TRule* Reparsed = Again.GetRules()->Find(u"r2");
+  ASSERT_NE(Reparsed, nullptr);
+  EXPECT_NE(PrettyPrint(*Reparsed->GetPattern(0)), PrettyPrint(*Reparsed->GetPattern(1)));
+  EXPECT_EQ(PrettyPrint(*Reparsed, false), Rule);
+}
+
+TEST_F(TPrettyPrinterTexts, RuleHeadDeclaresOnlyWhatDiffersFromTheDefaults) {
+  Engine.Parse(u"(defrule r \"why\" (declare (salience -5) (oneshot TRUE) (auto-focus TRUE) (enabled FALSE))"
+               u" ?f <- (p (a ?x)) => (retract ?f))");
+  EXPECT_EQ(StringToUtf8(PrettyPrint(*Engine.GetRules()->Find(u"r"), false)),
+            "(defrule r\r\n   \"why\"\r\n"
+            "   (declare (salience -5) (enabled FALSE) (auto-focus TRUE) (oneshot TRUE))\r\n"
+            "   ?f <- (p (a ?x))\r\n   =>\r\n   (retract ?f))");
+  Engine.Parse(u"(defrule plain (p) =>)");
+  EXPECT_EQ(StringToUtf8(PrettyPrint(*Engine.GetRules()->Find(u"plain"), false)),
+            "(defrule plain\r\n   (p)\r\n   =>)");
+}
+
+TEST_F(TPrettyPrinterTexts, NegationsAndBindingsWrapInTheirOrder) {
+  EXPECT_EQ(Pattern(u"(defrule r (p (a 1)) (not (exists (p (a 2)))) =>)", 1), "(not (exists (p (a 2))))");
+  EXPECT_EQ(Pattern(u"(defrule r2 (not (not (p (a 3)))) =>)", 1), "(exists (p (a 3)))");
+  // The initial-fact pattern the rule puts in front comes back by itself.
+  EXPECT_EQ(StringToUtf8(PrettyPrint(*Engine.GetRules()->Find(u"r2"), rcPattern)), "   (exists (p (a 3)))");
+  EXPECT_EQ(Pattern(u"(defrule r3 ?x <- (unique (p (m ?y))) =>)"), "?x <- (unique (p (m ?y)))");
+  EXPECT_EQ(Pattern(u"(defrule r4 (p (a 1)) (not (not (test (> 1 0)))) =>)", 1), "(test (> 1 0))");
+}
+
+TEST_F(TPrettyPrinterTexts, PatternWithoutTemplateFails) {
+  TTavoPattern Pattern(nullptr, u"x", nullptr);
+  EXPECT_EQ(FailureOf([&] { PrettyPrint(Pattern); }), u"Fact Template is missing");
+}
+
+TEST_F(TPrettyPrinterTexts, SmallValuePrinters) {
+  EXPECT_EQ(StringToUtf8(PrettyPrintVariable(u"*x*", testvalues::Int(3))), "?*x* = 3");
+  EXPECT_EQ(StringToUtf8(PrettyPrintVariable(u"?y", testvalues::Str(u"a"))), "?y = \"a\"");
+  ISingletonsVector Points = Make<TSingletonsVector>();
+  EXPECT_EQ(StringToUtf8(PrettyPrint(Points)), "");
+  Points->Add(testvalues::Int(1), testvalues::Flt(0.5));
+  Points->Add(testvalues::Int(3), testvalues::Int(1));
+  EXPECT_EQ(StringToUtf8(PrettyPrint(Points)), "((1 0.5000) (3 1) )");
+}
+
 }  // namespace
 }  // namespace tavo
