@@ -7,6 +7,7 @@
 #include "common/MekStrings.h"
 #include "core/TavoMessages.h"
 #include "fuzzylib/FuzzyConsts.h"
+#include "language/TavoClipsParser.h"
 
 namespace tavo {
 
@@ -275,6 +276,40 @@ String PrettyPrint(const IInterpretedFunction& Function) {
   for (int I = 0; I < Function->GetStatementCount(); ++I)
     Result += CRLF + Indent + IndentLines(ValueText(Function->GetStatement(I)), Indent);
   return Result + CRLF + u")";
+}
+
+namespace {
+
+// Text broken at blanks into lines of at most Column characters, where it
+// can be; a longer word stands on a line of its own.
+String WrapText(StringView Text, const String& Break, size_t Column) {
+  String Result, Line;
+  size_t Start = 0;
+  while (Start < Text.size()) {
+    size_t End = Text.find(u' ', Start);
+    if (End == StringView::npos) End = Text.size();
+    StringView Word = Text.substr(Start, End - Start);
+    Start = End + 1;
+    if (Word.empty()) continue;
+    if (!Line.empty() && Line.size() + 1 + Word.size() > Column) {
+      Result += Line + Break;
+      Line.clear();
+    }
+    if (!Line.empty()) Line += u' ';
+    Line += Word;
+  }
+  return Result + Line;
+}
+
+}  // namespace
+
+String PrettyPrint(const IUserFunction& Function) {
+  if (auto* Interpreted = dynamic_cast<TInterpretedFunction*>(Function.Get()))
+    return PrettyPrint(IInterpretedFunction(Interpreted));
+  String Result = u";; deffunction " + Function->GetFunctionName() + CRLF;
+  if (!Function->GetComment().empty())
+    Result += u";; " + WrapText(Function->GetComment(), CRLF + u";; " + Indent, size_t(WrapTextColumn)) + CRLF;
+  return Result + u";; " + Format(u"     Syntax: %s", TrimLeft(TTavoClipsParser::GetSyntaxStatement(Function)));
 }
 
 String PrettyPrintVariable(const String& Name, const ITavoValue& Value) {

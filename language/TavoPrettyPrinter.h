@@ -45,6 +45,9 @@ String PrettyPrintVariable(const String& Name, const ITavoValue& Value);
 // ((x y) ...), or empty text without points.
 String PrettyPrint(const ISingletonsVector& Singletons);
 String PrettyPrint(const IInterpretedFunction& Function);
+// A deffunction for an interpreted function; for any other, its help as a
+// block of comment lines: name, description and syntax.
+String PrettyPrint(const IUserFunction& Function);
 // The deftype; Implicit prints only the clauses, as they stand inside a
 // slot definition.
 String PrettyPrint(const ITavoDefinedType& Type, bool Qualify, bool Implicit = false);

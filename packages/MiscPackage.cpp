@@ -6,6 +6,7 @@
 #include "engine/FactList.h"
 #include "engine/InferenceEngine.h"
 #include "engine/TavoModule.h"
+#include "language/TavoPrettyPrinter.h"
 #include "matching/ActivationAgenda.h"
 
 namespace tavo {
@@ -547,6 +548,85 @@ void TTavoParseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   if (Engine.Parse(Text)) Result = FCTrue;
 }
 
+// The pretty-print family.
+
+void TPrettyPrintFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  switch (FType) {
+    case ppfFactSet:
+      SetMetaData(u"ppdeffacts", u"Prints the fact set of the name as a deffacts", u"<deffacts-name>", 1, 1);
+      break;
+    case ppfUserFunction:
+      SetMetaData(u"ppdeffunction", u"Prints the function of the name as a deffunction, or a built-in one's help",
+                  u"<deffunction-name>", 1, 1);
+      break;
+    case ppfFactTemplate:
+      SetMetaData(u"ppdeftemplate", u"Prints the fact template of the name as a deftemplate", u"<deftemplate-name>",
+                  1, 1);
+      break;
+    case ppfRule:
+      SetMetaData(u"ppdefrule", u"Prints the rule of the name as a defrule", u"<rule-name>", 1, 1);
+      break;
+    case ppfDefType:
+      SetMetaData(u"ppdeftype", u"Prints the defined type of the name as a deftype", u"<deftype-name>", 1, 1);
+      break;
+    case ppfDefModule:
+      SetMetaData(u"ppdefmodule", u"Prints the module of the name as a defmodule", u"<defmodule-name>", 1, 1);
+      break;
+  }
+}
+
+void TPrettyPrintFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  const String Name = FunCall.Argument(0, Context)->GetAsString();
+  auto Unknown = [&](const char16_t* Kind) { return ETavoException(Format(SUnknownName, Kind, Name)); };
+  String Text;
+  switch (FType) {
+    case ppfFactSet: {
+      int Index = Engine.GetFactSets() ? Engine.GetFactSets()->IndexOf(Name) : -1;
+      if (Index < 0) throw Unknown(u"fact set");
+      Text = PrettyPrint(*Engine.GetFactSets()->Get(Index), false);
+      break;
+    }
+    case ppfUserFunction: {
+      IUserFunction Function;
+      if (!Engine.GetUserFunctions() || !Engine.GetUserFunctions()->TryGetValue(Name, Function) || !Function)
+        throw Unknown(u"user function");
+      Text = PrettyPrint(Function);
+      break;
+    }
+    case ppfFactTemplate: {
+      IFactTemplate Template = Engine.FindFactTemplate(Name);
+      if (!Template) throw Unknown(u"fact template");
+      Text = PrettyPrint(Template, false);
+      break;
+    }
+    case ppfRule: {
+      TRule* Rule = Engine.GetRules() ? Engine.GetRules()->Find(Name) : nullptr;
+      if (!Rule) throw Unknown(u"rule");
+      Text = PrettyPrint(*Rule, false);
+      break;
+    }
+    case ppfDefType: {
+      ITavoDefinedType Type = Engine.FindDefinedType(Name);
+      if (!Type) throw Unknown(u"defined type");
+      Text = PrettyPrint(Type, false);
+      break;
+    }
+    case ppfDefModule: {
+      IModule Module;
+      for (int I = 0; I < Engine.GetModules().Count(); ++I)
+        if (Engine.GetModules().Get(I)->GetName() == Name) Module = Engine.GetModules().Get(I);
+      if (!Module) throw Unknown(u"module");
+      Text = PrettyPrint(Module);
+      break;
+    }
+  }
+  Engine.PrintOut(Text + u"\r\n");
+  Result = FCNil;
+}
+
 void TMiscPackage::CreateFunctions() {
   TUserPackage::CreateFunctions();
   TUserFunctionList& Functions = GetFunctions();
@@ -573,6 +653,9 @@ void TMiscPackage::CreateFunctions() {
   Functions.Add(Make<TSetGenFunction>());
   Functions.Add(Make<TGuardFunction>());
   Functions.Add(Make<TTavoParseFunction>());
+  for (TPrettyPrintFunctionType Type :
+       {ppfFactSet, ppfUserFunction, ppfFactTemplate, ppfRule, ppfDefType, ppfDefModule})
+    Functions.Add(Make<TPrettyPrintFunction>(Type));
 }
 
 }  // namespace tavo

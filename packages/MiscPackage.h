@@ -111,6 +111,23 @@ class TIsTavoStructFunction : public TTavoUserFunction {
   TIsTavoStructFunctionType FType;
 };
 
+enum TPrettyPrintFunctionType { ppfFactSet, ppfUserFunction, ppfFactTemplate, ppfRule, ppfDefType, ppfDefModule };
+
+// ppdeffacts, ppdeffunction and the rest: a construct of the name, printed
+// as rule-language text.
+class TPrettyPrintFunction : public TTavoUserFunction {
+  TAVO_CLASS(TPrettyPrintFunction, TTavoUserFunction)
+ public:
+  explicit TPrettyPrintFunction(TPrettyPrintFunctionType Type = ppfFactSet) : FType(Type) {}
+  TPrettyPrintFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TPrettyPrintFunctionType FType;
+};
+
 class TMiscPackage : public TUserPackage {
   TAVO_CLASS(TMiscPackage, TUserPackage)
  public:
