@@ -1309,4 +1309,43 @@ void TTavoClipsParser::ParseNameList(TModuleImportExport& Target, bool DefinedTy
   PutBack(Token);
 }
 
+// Printers
+
+String TTavoClipsParser::PrettyPrint(const TFactSet& FactSet) { return tavo::PrettyPrint(FactSet, FPrintModuleQualifiers); }
+String TTavoClipsParser::PrettyPrint(const IFact& Fact) { return tavo::PrettyPrint(Fact); }
+String TTavoClipsParser::PrettyPrint(const IFact& Fact, const String& SlotName) {
+  return PrettyPrintFactSlot(Fact, SlotName);
+}
+String TTavoClipsParser::PrettyPrint(const IFact& Fact, const String& SlotName, const ITavoValue& Value) {
+  return PrettyPrintFactSlot(Fact, SlotName, Value);
+}
+String TTavoClipsParser::PrettyPrint(const IFact& Fact, const String& SlotName, const String& ValueText) {
+  return PrettyPrintFactSlot(Fact, SlotName, ValueText);
+}
+String TTavoClipsParser::PrettyPrint(const IFactSlot& Slot) { return tavo::PrettyPrint(Slot); }
+String TTavoClipsParser::PrettyPrint(const IFactTemplate& Template) {
+  return tavo::PrettyPrint(Template, FPrintModuleQualifiers);
+}
+String TTavoClipsParser::PrettyPrint(const IFunCall& Call, bool SpecialForm) {
+  return tavo::PrettyPrint(Call, SpecialForm);
+}
+String TTavoClipsParser::PrettyPrint(const IFuzzySet& Set, bool AsTerm) { return tavo::PrettyPrint(Set, AsTerm); }
+String TTavoClipsParser::PrettyPrint(const IFuzzyVariable& Variable) { return tavo::PrettyPrint(Variable); }
+String TTavoClipsParser::PrettyPrint(const IModule& Module) { return tavo::PrettyPrint(Module); }
+String TTavoClipsParser::PrettyPrint(const TRule& Rule) { return tavo::PrettyPrint(Rule, FPrintModuleQualifiers); }
+String TTavoClipsParser::PrettyPrint(const TRule& Rule, TRuleConstruct Half) { return tavo::PrettyPrint(Rule, Half); }
+String TTavoClipsParser::PrettyPrint(const TTavoPattern& Pattern) {
+  return tavo::PrettyPrint(Pattern, dynamic_cast<IRuleEngine*>(FOwner));
+}
+String TTavoClipsParser::PrettyPrint(const String& Name, const ITavoValue& Value) {
+  return PrettyPrintVariable(Name, Value);
+}
+String TTavoClipsParser::PrettyPrint(const ISingletonsVector& Singletons) { return tavo::PrettyPrint(Singletons); }
+String TTavoClipsParser::PrettyPrint(const IUserFunction& Function) { return tavo::PrettyPrint(Function); }
+String TTavoClipsParser::PrettyPrint(const IInterpretedFunction& Function) { return tavo::PrettyPrint(Function); }
+String TTavoClipsParser::PrettyPrint(const ITavoDefinedType& Type) {
+  return tavo::PrettyPrint(Type, FPrintModuleQualifiers);
+}
+String TTavoClipsParser::PrettyPrint(const TValueHashTable& Globals) { return tavo::PrettyPrint(Globals); }
+
 }  // namespace tavo

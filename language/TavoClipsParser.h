@@ -4,6 +4,7 @@
 #include "common/MekHashTables.h"
 #include "common/MekStringList.h"
 #include "language/TavoParser.h"
+#include "language/TavoPrettyPrinter.h"
 
 namespace tavo {
 
@@ -104,6 +105,29 @@ class TTavoClipsParser : public TTavoParser {
     ParseError(Where, StringView(Format(Template, Args...)));
     __builtin_unreachable();
   }
+
+  // The printers, module qualifiers as FPrintModuleQualifiers says; a
+  // pattern's fillers are named by the owning engine.
+  virtual String PrettyPrint(const TFactSet& FactSet);
+  virtual String PrettyPrint(const IFact& Fact);
+  virtual String PrettyPrint(const IFact& Fact, const String& SlotName);
+  virtual String PrettyPrint(const IFact& Fact, const String& SlotName, const ITavoValue& Value);
+  virtual String PrettyPrint(const IFact& Fact, const String& SlotName, const String& ValueText);
+  virtual String PrettyPrint(const IFactSlot& Slot);
+  virtual String PrettyPrint(const IFactTemplate& Template);
+  virtual String PrettyPrint(const IFunCall& Call, bool SpecialForm = false);
+  virtual String PrettyPrint(const IFuzzySet& Set, bool AsTerm);
+  virtual String PrettyPrint(const IFuzzyVariable& Variable);
+  virtual String PrettyPrint(const IModule& Module);
+  virtual String PrettyPrint(const TRule& Rule);
+  virtual String PrettyPrint(const TRule& Rule, TRuleConstruct Half);
+  virtual String PrettyPrint(const TTavoPattern& Pattern);
+  virtual String PrettyPrint(const String& Name, const ITavoValue& Value);
+  virtual String PrettyPrint(const ISingletonsVector& Singletons);
+  virtual String PrettyPrint(const IUserFunction& Function);
+  virtual String PrettyPrint(const IInterpretedFunction& Function);
+  virtual String PrettyPrint(const ITavoDefinedType& Type);
+  virtual String PrettyPrint(const TValueHashTable& Globals);
 
   void Assign(const TPersistent* Source) override;
 

@@ -4,6 +4,7 @@
 
 #include "engine/EngineCollections.h"
 #include "engine/InferenceEngine.h"
+#include "language/TavoClipsParser.h"
 #include "language/TavoPrettyPrinter.h"
 #include "tests/TestSupport.h"
 
@@ -187,6 +188,43 @@ TEST_F(TPrettyPrinterTexts, SmallValuePrinters) {
   Points->Add(testvalues::Int(1), testvalues::Flt(0.5));
   Points->Add(testvalues::Int(3), testvalues::Int(1));
   EXPECT_EQ(StringToUtf8(PrettyPrint(Points)), "((1 0.5000) (3 1) )");
+}
+
+TEST_F(TPrettyPrinterTexts, ParserPrintsModuleQualifiersAsItsSettingSays) {
+  Engine.Parse(u"(defmodule M (export ?ALL)) (deftemplate item (slot a)) (defrule go (item (a ?x)) =>)");
+  auto* Parser = dynamic_cast<TTavoClipsParser*>(Engine.GetParserObject());
+  ASSERT_NE(Parser, nullptr);
+  Parser->FPrintModuleQualifiers = true;
+  String Qualified = Parser->PrettyPrint(Engine.FindFactTemplate(u"item"));
+  EXPECT_EQ(StringToUtf8(Qualified), "(deftemplate M::item\r\n   (slot a))");
+  EXPECT_TRUE(Parser->PrettyPrint(*Engine.GetRules()->Find(u"go")).starts_with(u"(defrule M::go\r\n"));
+  Parser->FPrintModuleQualifiers = false;
+  EXPECT_EQ(StringToUtf8(Parser->PrettyPrint(Engine.FindFactTemplate(u"item"))), "(deftemplate item\r\n   (slot a))");
+  // The qualified text reads back into a fresh engine, module and all.
+  TInferenceEngine Again;
+  Again.Parse(u"(defmodule M (export ?ALL))");
+  Again.Parse(Qualified);
+  ASSERT_TRUE(Again.FindFactTemplate(u"item"));
+  EXPECT_EQ(Again.FindFactTemplate(u"item")->GetModule()->GetName(), u"M");
+}
+
+TEST_F(TPrettyPrinterTexts, BuiltInFunctionPrintsItsHelpWrapped) {
+  IUserFunction Function = Make<TTavoUserFunction>();
+  String Long;
+  for (int I = 0; I < 20; ++I) Long += u"word" + IntToStr(I) + u" ";
+  Function->SetMetaData(u"helper", Long, u"<number> <text>", 2, 2);
+  String Help = PrettyPrint(Function);
+  EXPECT_TRUE(Help.starts_with(u";; deffunction helper\r\n;; word0 word1")) << StringToUtf8(Help);
+  EXPECT_TRUE(Help.ends_with(u"\r\n;;      Syntax: (helper <number> <text>)")) << StringToUtf8(Help);
+  EXPECT_NE(Help.find(u"\r\n;;    word"), String::npos) << StringToUtf8(Help);
+  size_t Start = 0;
+  while (Start < Help.size()) {
+    size_t End = Help.find(u"\r\n", Start);
+    if (End == String::npos) End = Help.size();
+    EXPECT_LE(End - Start, size_t(3 + 3 + 60)) << StringToUtf8(Help.substr(Start, End - Start));
+    EXPECT_TRUE(Help.substr(Start).starts_with(u";; "));
+    Start = End + 2;
+  }
 }
 
 }  // namespace
