@@ -182,9 +182,8 @@ TModule::TModule(TInferenceEngine* Engine, bool IsMain) : FIsMain(IsMain), FEngi
 }
 
 IModuleImport TModule::FindImport(StringView Module) const {
-  for (const IModuleImport& Import : FImportModules)
-    if (Import->GetModule() == Module) return Import;
-  return nullptr;
+  const int Index = IndexOfImport(Module);
+  return Index >= 0 ? FImportModules.Get(Index) : IModuleImport();
 }
 
 int TModule::IndexOfImport(StringView Module) const {

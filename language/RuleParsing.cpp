@@ -198,13 +198,7 @@ void TTavoClipsParser::ParseSlotConstraints(TTavoPattern& Pattern, const String&
       // The rest of the slot is one fuzzy value: a term, a hedged
       // expression, points; built here, as the rule is read.
       PutBack(Token);
-      ITavoValue Value = ParseValue();
-      if (Value) Value = Value->Resolve(GlobalContext());
-      if (!Value || Value->GetDType() != dtFuzzy) {
-        const ITavoDefinedType& Type = Slot->GetExtendedTypeInfo();
-        if (!Type || !FOwner) ParseError(Where, SNeedFuzzyType);
-        Value = FOwner->EvalFuzzyExpression(Type->GetFuzzyType(), Value, nullptr);
-      }
+      ITavoValue Value = ParseFuzzyValue(Slot->GetFuzzyVariable(), Where, SNeedFuzzyType);
       Pattern.AddTest(SlotName, Value, SubIndex, Conjunction, Negated);
       Token = Next();
       continue;

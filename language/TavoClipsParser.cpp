@@ -1076,17 +1076,20 @@ IFuzzyVariable TTavoClipsParser::ParseFuzzyVariable() {
   return Variable;
 }
 
+ITavoValue TTavoClipsParser::ParseFuzzyValue(const IFuzzyVariable& Variable, StringView Where, StringView Missing) {
+  ITavoValue Value = ParseValue();
+  if (Value) Value = Value->Resolve(GlobalContext());
+  if (Value && Value->GetDType() == dtFuzzy) return Value;
+  if (!Variable || !FOwner) ParseError(Where, Missing);
+  return FOwner->EvalFuzzyExpression(Variable, Value, nullptr);
+}
+
 IFuzzySet TTavoClipsParser::ParseFuzzySet(const IFuzzyVariable& Variable) {
   const StringView Where = u"ParseFuzzySet";
   String Name, Comment;
   // The header reads one token past the name: the expression starts there.
   PutBack(ParseHeader(Name, Comment, false, Where, SExpectedFuzzySet, u"term"));
-  ITavoValue Value = ParseValue();
-  if (Value) Value = Value->Resolve(GlobalContext());
-  if (!Value || Value->GetDType() != dtFuzzy) {
-    if (!FOwner) ParseError(Where, SUndefinedFuzzyVariable);
-    Value = FOwner->EvalFuzzyExpression(Variable, Value, nullptr);
-  }
+  ITavoValue Value = ParseFuzzyValue(Variable, Where, SUndefinedFuzzyVariable);
   if (!Value || Value->GetDType() != dtFuzzy) ParseError(Where, SInvalidFuzzyExpression, Value ? Value->ToString() : String());
   // A term is a set of its own, never one shared with another term.
   IFuzzySet Set = Value->GetAsFuzzy();

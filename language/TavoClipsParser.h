@@ -59,6 +59,11 @@ class TTavoClipsParser : public TTavoParser {
   IFuzzyVariable ParseFuzzyVariable();
   // One (term name expression) of a fuzzy variable.
   IFuzzySet ParseFuzzySet(const IFuzzyVariable& Variable);
+  // The rest of a form up to its ")" as one fuzzy value of Variable: read,
+  // resolved in the global context, and evaluated over the variable's
+  // terms unless it is a fuzzy value already. Missing is the failure when
+  // there is no variable or no engine to evaluate with.
+  ITavoValue ParseFuzzyValue(const IFuzzyVariable& Variable, StringView Where, StringView Missing);
   void ParseAllowedEnumerations(const ITavoDefinedType& Type);
   ITavoDefinedType ParseDefinedType();
   // A new set owned by the engine, without an engine of its own yet; the

@@ -164,6 +164,22 @@ TEST_F(TModulesTest, ARemovedImporterIsForgottenByWhatItImported) {
   EXPECT_EQ(Names(), u"MAIN");
 }
 
+TEST_F(TModulesTest, AModuleDefinitionCopiesNameExportsAndImportsButNoKnowledge) {
+  Engine.Parse(
+      u"(defmodule A (export ?ALL)) (deftemplate A::t (slot x))"
+      u"(defmodule B \"reports\" (import A deftemplate t) (export deftype ?ALL))");
+  IModule Copy = Make<TModule>();
+  Copy->AssignModuleDefinition(*Module(u"B"));
+  EXPECT_EQ(Copy->GetName(), u"B");
+  EXPECT_EQ(Copy->GetComment(), u"reports");
+  EXPECT_EQ(Copy->GetExportItems()->GetDefinedTypesShared(), mieAll);
+  ASSERT_EQ(Copy->GetImportCount(), 1);
+  EXPECT_EQ(Copy->GetImport(0)->GetModule(), u"A");
+  EXPECT_EQ(Copy->GetImport(0)->GetFactTemplates().IndexOf(u"t"), 0);
+  EXPECT_NE(Copy->GetImport(0), Module(u"B")->GetImport(0)) << "imports are copies";
+  EXPECT_FALSE(Copy->GetFactTemplates()) << "no knowledge comes along";
+}
+
 TEST_F(TModulesTest, AHostEditingTheListGetsWhatTheEngineDoes) {
   IModule A = Make<TModule>(&Engine);
   A->SetName(u"A");

@@ -76,9 +76,11 @@ TEST_F(TFuzzyLogicTest, NewVariablesGetTheDefaultTermsWithMediumAtHalfTheWidth) 
   EXPECT_DOUBLE_EQ(Level->FindFuzzySet(u"high")->DegreeOfMembership(20), 1.0);
   // Half the width, 5, not the middle 15: kept so.
   EXPECT_DOUBLE_EQ(Level->FindFuzzySet(u"medium")->DegreeOfMembership(5), 1.0);
-  // The terms a type names itself stay as they are; without auto terms
-  // none is added.
-  EXPECT_FALSE(Variable->FindFuzzySet(u"low") && Variable->FindFuzzySet(u"low")->DegreeOfMembership(0) != 1.0);
+  // A term the type names itself stays as it is; without auto terms none
+  // is added.
+  Engine.Parse(u"(deftype upside extends (type FUZZY) (range 0 10) (values (term low ((0 0) (10 1)))))");
+  EXPECT_DOUBLE_EQ(Engine.FindDefinedType(u"upside")->GetFuzzyType()->FindFuzzySet(u"low")->DegreeOfMembership(10),
+                   1.0);
   Engine.SetFuzzyAutoTerms(false);
   Engine.Parse(u"(deftype bare extends (type FUZZY) (range 0 1))");
   EXPECT_FALSE(Engine.FindDefinedType(u"bare")->GetFuzzyType()->FindFuzzySet(u"low"));
