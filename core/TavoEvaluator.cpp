@@ -125,10 +125,11 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
         return Scratch;
       }
       return Expression;
-    case dtSingletons:
-      Scratch = Value.Resolve(Context);
-      return Scratch;
     default:
+      // Literal points stay points here, out of the way of the constants
+      // that come here by the million: whatever takes a fuzzy value turns
+      // them into their set by Resolve (a fuzzy slot, a fuzzy function's
+      // argument, a fuzzy expression).
       return Expression;
   }
 }
