@@ -164,26 +164,31 @@ void TGetSlotValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
 
 void TGetFactDuplicationFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(u"get-fact-duplication", u"Gives TRUE when equal facts may stand side by side", u"", 0, 0);
+  SetMetaData(u"get-fact-duplication", u"Gives TRUE when an equal fact is refused, FALSE when equal facts may stand side by side",
+              u"", 0, 0);
 }
 
 void TGetFactDuplicationFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = EngineOf(FunCall, Context).GetFactDuplication() ? FCTrue : FCFalse;
+  // The same sense as set-fact-duplication's argument.
+  Result = EngineOf(FunCall, Context).GetFactDuplication() ? FCFalse : FCTrue;
 }
 
 void TSetFactDuplicationFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  SetMetaData(u"set-fact-duplication", u"Lets equal facts stand side by side, or not; gives the former setting",
+  SetMetaData(u"set-fact-duplication", u"TRUE refuses a fact equal to one that stands, FALSE lets equal facts stand side by side; gives the former setting",
               u"<boolean-expression>", 1, 1);
 }
 
 void TSetFactDuplicationFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  bool Former = Engine.GetFactDuplication();
+  // The argument has the opposite sense to the engine's FactDuplication:
+  // TRUE keeps duplicates out. A saved expert system restores the setting
+  // through this call, and writes it so.
+  const bool Former = !Engine.GetFactDuplication();
   ITavoValue Value = FunCall.EvaluateArgument(0, Context);
-  Engine.SetFactDuplication(!(Value && Value->Equals(FCFalse)));
+  Engine.SetFactDuplication(Value && Value->Equals(FCFalse));
   Result = Former ? FCTrue : FCFalse;
 }
 

@@ -21,11 +21,11 @@
 (assert (pet (owner Dan) (kind fish)))
 (run)
 
-; A duplicate is refused while duplication is off, and allowed after.
-(assert (pet (owner Dan) (kind fish)))
-(set-fact-duplication TRUE)
+; A duplicate is refused while duplication is off, and allowed after (TRUE refuses).
 (assert (pet (owner Dan) (kind fish)))
 (set-fact-duplication FALSE)
+(assert (pet (owner Dan) (kind fish)))
+(set-fact-duplication TRUE)
 ; A duplicate that changes nothing is refused too.
 (duplicate 5 (kind fish))
 (get-fact-duplication)
