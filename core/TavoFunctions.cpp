@@ -240,7 +240,8 @@ String FunCallToString(const TFunctionCall& Call) {
   Result += Call.GetName();
   for (int I = 0; I < Call.GetArgumentCount(); ++I) {
     Result += u' ';
-    if (const ITavoValue& Argument = Call.GetArgument(I)) Result += Argument->GetToString();
+    if (const ITavoValue& Argument = Call.GetArgument(I))
+      Result += Argument->GetDType() == dtAtom && Argument->GetAsAtom().empty() ? u"nil" : Argument->GetToString();
   }
   return TrimRight(Result) + u")";
 }

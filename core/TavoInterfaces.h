@@ -56,6 +56,8 @@ void TavoReleaseReference(const TModule* Module) noexcept;
 
 class IFuzzyParser;
 class TFactSet;
+class TRule;
+class TTavoPattern;
 
 // The engine as the constructs and functions see it. Not counted: the engine
 // implements it and callers hold plain pointers.
@@ -98,6 +100,16 @@ class IReasoner {
   virtual void AddFactSet(TFactSet* /*FactSet*/) {}
   virtual void RemoveFactSet(TFactSet* /*FactSet*/) {}
   virtual bool HoldsFactSet(const TFactSet* /*FactSet*/) const { return false; }
+  // A construct's rule-language text by the engine's printers, which is
+  // what its ToString gives. A reasoner without printers gives empty
+  // text, and the construct then writes a plain form of its own.
+  virtual String PrettyPrint(const IFactTemplate& /*Template*/) { return String(); }
+  virtual String PrettyPrint(const ITavoDefinedType& /*Type*/) { return String(); }
+  virtual String PrettyPrint(const IModule& /*Module*/) { return String(); }
+  virtual String PrettyPrint(const IUserFunction& /*Function*/) { return String(); }
+  virtual String PrettyPrint(const TFactSet& /*FactSet*/) { return String(); }
+  virtual String PrettyPrint(const TRule& /*Rule*/) { return String(); }
+  virtual String PrettyPrint(const TTavoPattern& /*Pattern*/) { return String(); }
 
  protected:
   ~IReasoner() = default;

@@ -245,7 +245,10 @@ void TUserFunctions::DoAdd(const String& Key, const IUserFunction& Function) {
   }
   CheckName(Key, Function);
   TInherited::DoAdd(Key, Function);
-  if (IsInterpreted(Function)) ++FNumInterpreted;
+  if (IsInterpreted(Function)) {
+    ++FNumInterpreted;
+    FInterpretedNames.push_back(Key);
+  }
   if (FEngine) {
     Function->AddReasoner(FEngine);
     FEngine->FunctionAdded(Function);
@@ -278,7 +281,10 @@ IUserFunction TUserFunctions::ExtractFunction(const String& Name) {
   IUserFunction Function;
   if (!TryGetValue(Name, Function)) return nullptr;
   TInherited::DoRemove(Name);
-  if (IsInterpreted(Function)) --FNumInterpreted;
+  if (IsInterpreted(Function)) {
+    --FNumInterpreted;
+    FInterpretedNames.erase(std::find(FInterpretedNames.begin(), FInterpretedNames.end(), Name));
+  }
   if (FEngine) FEngine->FunctionRemoved(Function);
   return Function;
 }
@@ -302,8 +308,19 @@ void TUserFunctions::Clear() {
     if (auto* Interpreted = dynamic_cast<TInterpretedFunction*>(Function.Get())) Interpreted->UnbindCalls();
   TInherited::Clear();
   FNumInterpreted = 0;
+  FInterpretedNames.clear();
   if (FEngine)
     for (const IUserFunction& Function : Functions) Function->DeleteReasoner(FEngine);
+}
+
+String TUserFunctions::ToString() const {
+  String Result;
+  for (const String& Name : FInterpretedNames) {
+    IUserFunction Function;
+    if (TryGetValue(Name, Function))
+      Result += (FEngine ? FEngine->PrettyPrint(Function) : Function->GetFunctionName()) + u"\r\n";
+  }
+  return Result;
 }
 
 String TUserFunctions::GetNamesToString() const {

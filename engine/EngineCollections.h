@@ -128,6 +128,9 @@ class TUserFunctions : public TMekStringHashTable<IUserFunction> {
   void Clear() override;
   // The names, each followed by CR LF.
   String GetNamesToString() const;
+  // The deffunctions in the order they were defined, each followed by CR
+  // LF; built-in functions are not printed.
+  String ToString() const override;
   void SetEngine(TInferenceEngine* Value) { FEngine = Value; }
 
  protected:
@@ -140,6 +143,9 @@ class TUserFunctions : public TMekStringHashTable<IUserFunction> {
 
   TInferenceEngine* FEngine;
   int FNumInterpreted = 0;
+  // The deffunctions' names in definition order: a deffunction may call
+  // only those defined before it, so saved text keeps this order.
+  std::vector<String> FInterpretedNames;
 };
 
 // The engine's named text streams. A stream that leaves the table is freed

@@ -228,6 +228,67 @@ class TInferenceEngine : public TComponent,
   // A fact from its text, resolved in the global context.
   int Assert(const String& Text);
   void Retract(const String& Text);
+  // The printed form of the constructs, by the parser's printers with its
+  // module-qualifier setting; defined with the parser.
+  String PrettyPrint(const IFactTemplate& Template) override;
+  String PrettyPrint(const ITavoDefinedType& Type) override;
+  String PrettyPrint(const IModule& Module) override;
+  String PrettyPrint(const IUserFunction& Function) override;
+  String PrettyPrint(const TFactSet& FactSet) override;
+  String PrettyPrint(const TRule& Rule) override;
+  String PrettyPrint(const TTavoPattern& Pattern) override;
+  String PrettyPrint(const IFact& Fact);
+  String PrettyPrint(const IFunCall& Call);
+  // (defglobal ...) of every global variable.
+  String PrettyPrintGlobalVariables();
+
+  // The whole expert system as rule-language text that the parser reads
+  // back: settings, globals, deffunctions, then every module with its
+  // constructs and facts, then the focus stack. NoComments leaves out the
+  // comment lines and the sections that hang on them.
+  virtual String GetExpertSystem(bool NoComments);
+  // Clear, parse the text, Reset.
+  virtual void SetExpertSystem(const String& Text);
+  String GetExpertSystemText() { return GetExpertSystem(false); }
+  // The whole text in the encoding, behind its byte-order mark.
+  virtual void SaveToStream(std::ostream& Stream, TTextEncoding Encoding = teDefault);
+  void SaveToFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  // Parses the text with no Clear and no Reset. A byte-order mark chooses
+  // the encoding whatever Encoding says.
+  virtual void LoadFromStream(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  void LoadFromFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  // The current module's facts, one per line; with template names, only
+  // the facts of those templates.
+  virtual void SaveFacts(std::ostream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void SaveFacts(std::ostream& Stream, const String& TemplateName, TTextEncoding Encoding = teDefault);
+  void SaveFacts(std::ostream& Stream, const std::vector<String>& TemplateNames, TTextEncoding Encoding);
+  void SaveFactsToFile(const String& FileName, const std::vector<String>& TemplateNames,
+                       TTextEncoding Encoding = teDefault);
+  // Reads fact forms and asserts them; nothing is cleared.
+  virtual void LoadFacts(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  void LoadFactsFromFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  // One collection of the current module (all modules for SaveModules),
+  // in definition order. The loads empty that collection first.
+  virtual void SaveDefinedTypes(std::ostream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void SaveFactTemplates(std::ostream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void SaveRules(std::ostream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void SaveModules(std::ostream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void LoadDefinedTypes(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void LoadFactTemplates(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void LoadRules(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  virtual void LoadModules(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  void SaveDefinedTypesToFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void SaveFactTemplatesToFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void SaveRulesToFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void SaveModulesToFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void LoadDefinedTypesFromFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void LoadFactTemplatesFromFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void LoadRulesFromFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  void LoadModulesFromFile(const String& FileName, TTextEncoding Encoding = teDefault);
+  // Parses a text stream with execution on, the parser's stream restored
+  // on every way out.
+  bool Parse(std::istream& Stream, TTextEncoding Encoding);
+
   // The parser object; its class is TTavoParser.
   TObject* GetParserObject();
   const TClass* GetParserType() const { return FParserType; }

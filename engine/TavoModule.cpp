@@ -198,6 +198,50 @@ void TModule::ImportConstructs() {
   for (const IModuleImport& Import : FImportModules) Import->ImportConstructs();
 }
 
+namespace {
+
+const char16_t SStarLine[] = u"\r\n; *************************\r\n";
+
+// A section of saved text: its heading under a line of stars when comments
+// are on, then the text.
+String Section(bool Comments, const char16_t* Heading, const String& Text) {
+  return Comments ? SStarLine + String(Heading) + u"\r\n\r\n" + Text : Text;
+}
+
+}  // namespace
+
+String TModule::GetExpertSystem(bool Comments, bool All) const {
+  const int FactCount = All ? FFacts->Count() : FFacts->GetLocalsCount();
+  String Result;
+  if (Comments) {
+    Result += SStarLine;
+    Result += u"; Module:                     " + FName + u"\r\n";
+    Result += u"; Number of Defined Types:    " +
+              IntToStr(All ? FDefinedTypes->Count() : FDefinedTypes->GetLocalsCount()) + u"\r\n";
+    Result += u"; Number of Fact Templates:   " +
+              IntToStr(All ? FFactTemplates->Count() : FFactTemplates->GetLocalsCount()) + u"\r\n";
+    Result += u"; Number of Rules:            " + IntToStr(FRules->Count()) + u"\r\n";
+    Result += u"; Number of Fact Sets:        " + IntToStr(FFactSets->Count()) + u"\r\n";
+    Result += u"; Number of Facts:            " + IntToStr(FactCount) + u"\r\n";
+    Result += u"\r\n";
+  }
+  if (FEngine) Result += FEngine->PrettyPrint(IModule(const_cast<TModule*>(this)));
+  Result += u"\r\n";
+  if (FDefinedTypes->Count() > 0)
+    Result += Section(Comments, u"; Defined Types ", All ? FDefinedTypes->ToString() : FDefinedTypes->LocalsToString());
+  if (FFactTemplates->Count() > 0)
+    Result += Section(Comments, u"; Fact Templates ",
+                      All ? FFactTemplates->ToString() : FFactTemplates->LocalsToString());
+  if (FRules->Count() > 0) Result += Section(Comments, u"; Rules ", FRules->ToString());
+  if (FFactSets->Count() > 0) Result += Section(Comments, u"; Fact Sets ", FFactSets->ToString() + u"\r\n");
+  if (FactCount > 0) {
+    // One call asserts them all when the text is read back.
+    const String Facts = All ? FFacts->ToString() : FFacts->LocalsToString(false);
+    if (!Facts.empty()) Result += Section(Comments, u"; Facts ", u"(assert\r\n" + Facts + u")\r\n");
+  }
+  return Result;
+}
+
 void TModule::AssignModuleDefinition(const TModule& Source) {
   FName = Source.FName;
   FComment = Source.FComment;

@@ -87,6 +87,10 @@ class TModule : public TCloneableObject {
   const String& GetComment() const { return FComment; }
   void SetComment(const String& Value) { FComment = Value; }
   TInferenceEngine* GetExpertSystem() const { return FEngine; }
+  // The module as rule-language text: its defmodule, then its types,
+  // templates, rules, fact sets, and its facts as one assert call. All
+  // adds the constructs it imported; Comments the comment lines.
+  String GetExpertSystem(bool Comments, bool All) const;
   const IModuleExport& GetExportItems() const { return FExportItems; }
   int GetImportCount() const { return FImportModules.Count(); }
   const IModuleImport& GetImport(int Index) const { return FImportModules.Get(Index); }

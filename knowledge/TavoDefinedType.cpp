@@ -655,6 +655,9 @@ ITavoDefinedType TTavoDefinedType::CloneType() const {
 }
 
 String TTavoDefinedType::ToString() const {
+  if (FReasoner)
+    if (String Text = FReasoner->PrettyPrint(ITavoDefinedType(const_cast<TTavoDefinedType*>(this))); !Text.empty())
+      return Text;
   String Result = u"(deftype " + FName;
   if (!FComment.empty()) Result += u" \"" + FComment + u"\"";
   Result += u"\r\n" + GetAllowedString(*this) + u")";

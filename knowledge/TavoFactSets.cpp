@@ -211,6 +211,8 @@ void TFactSet::Notification(TComponent* Component, TOperation Operation) {
 }
 
 String TFactSet::ToString() const {
+  if (FEngine)
+    if (String Text = FEngine->PrettyPrint(*this); !Text.empty()) return Text;
   String Result = u"(deffacts ";
   if (!FModule.empty() && FModule != SMainModuleName) Result += FModule + u"::";
   Result += FFactSetName;

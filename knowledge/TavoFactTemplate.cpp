@@ -467,6 +467,8 @@ String TFactTemplate::SlotToString(const TFactSlot& Slot) const {
 }
 
 String TFactTemplate::ToString() const {
+  if (IReasoner* Reasoner = GetReasoner())
+    if (String Text = Reasoner->PrettyPrint(IFactTemplate(const_cast<TFactTemplate*>(this))); !Text.empty()) return Text;
   String Result = u"(deftemplate " + FTemplateName;
   if (!FComment.empty()) Result += u" \"" + FComment + u"\"";
   for (int I = 0; I < FFactSlotNames.Count(); ++I)

@@ -280,8 +280,11 @@ void TTavoPattern::Assign(const TPersistent* Source) {
 TTavoPattern* TTavoPattern::Clone(TComponent* Owner) const { return new TTavoPattern(Owner, *this); }
 
 String TTavoPattern::ToString() const {
-  // The printed form of the rule language comes with the printers; until
-  // then a pattern shows its head, its slots and its tests.
+  // The engine that owns the template prints the pattern; without one a
+  // pattern shows its head, its slots and its tests.
+  if (FFactTemplate)
+    if (IReasoner* Reasoner = FFactTemplate->GetReasoner())
+      if (String Text = Reasoner->PrettyPrint(*this); !Text.empty()) return Text;
   String Result = u"(";
   if (!FBoundName.empty()) Result = u"?" + FBoundName + u" <- (";
   Result += FName;

@@ -454,6 +454,12 @@ void TRule::Assign(const TPersistent* Source) {
   EndUpdate();
 }
 
-String TRule::ToString() const { return FRuleName; }
+String TRule::ToString() const {
+  // Without an engine there is no printer for the patterns' fillers and
+  // calls; the name stands for the rule.
+  if (FRuleEngine)
+    if (String Text = FRuleEngine->GetReasoner()->PrettyPrint(*this); !Text.empty()) return Text;
+  return FRuleName;
+}
 
 }  // namespace tavo

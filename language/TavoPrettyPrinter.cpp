@@ -50,6 +50,8 @@ String ValueText(const ITavoValue& Value) {
     IFunCall Call = Value->GetAsFunCall();
     if (Call) return PrettyPrint(Call);
   }
+  // nil prints as nothing in output, but as code it must stay a word.
+  if (Value->GetDType() == dtAtom && Value->GetAsAtom().empty()) return u"nil";
   return Value->GetToString();
 }
 
@@ -261,8 +263,12 @@ String PrettyPrint(const IFunCall& Call, bool SpecialForm) {
   Result += u"(";
   Result += Call->GetName();
   for (int I = 0; I < Call->GetArgumentCount(); ++I) {
-    String Text = ValueText(Call->GetArgument(I));
-    Result += SpecialForm && I > 0 ? u" (" + Text + u")" : u" " + Text;
+    const ITavoValue& Argument = Call->GetArgument(I);
+    String Text = ValueText(Argument);
+    // A list among the arguments is a slot and its value, as modify and
+    // duplicate take them: it reads back only in its parentheses.
+    const bool Pair = Argument && Argument->GetDType() == dtList;
+    Result += (SpecialForm && I > 0) || Pair ? u" (" + Text + u")" : u" " + Text;
   }
   return TrimRight(Result) + u")";
 }
@@ -377,7 +383,9 @@ String PrettyPrint(const IFuzzyVariable& Variable) {
   Result += Indent + u"(values " + CRLF;
   for (int I = 0; I < Variable->GetFuzzySetCount(); ++I) {
     const IFuzzySet& Set = Variable->GetFuzzySet(I);
-    if (Set && Set->IsTerm()) Result += Indent + Indent + PrettyPrint(Set, true) + CRLF;
+    // A term without points has no text that reads back; it is the
+    // "empty" term, which the variable makes again when it is named.
+    if (Set && Set->IsTerm() && Set->GetCount() > 0) Result += Indent + Indent + PrettyPrint(Set, true) + CRLF;
   }
   return Result + Indent + u")";
 }

@@ -783,6 +783,10 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TDoBackwardChainingFunction>());
   Functions.Add(Make<TResetFunction>());
   Functions.Add(Make<TClearFunction>());
+  Functions.Add(Make<TLoadFunction>());
+  Functions.Add(Make<TSaveFunction>());
+  Functions.Add(Make<TLoadFactsFunction>());
+  Functions.Add(Make<TSaveFactsFunction>());
   Functions.Add(Make<TPrintOutFunction>());
   Functions.Add(Make<TFormatFunction>());
   Functions.Add(Make<TReadFunction>());

@@ -82,6 +82,12 @@ TAVO_STANDARD_FUNCTION(TFormatFunction)
 TAVO_STANDARD_FUNCTION(TReadFunction)
 TAVO_STANDARD_FUNCTION(TReadLineFunction)
 
+// Saving and loading.
+TAVO_STANDARD_FUNCTION(TLoadFunction)
+TAVO_STANDARD_FUNCTION(TSaveFunction)
+TAVO_STANDARD_FUNCTION(TLoadFactsFunction)
+TAVO_STANDARD_FUNCTION(TSaveFactsFunction)
+
 #undef TAVO_STANDARD_FUNCTION
 
 // Modules and the focus stack.

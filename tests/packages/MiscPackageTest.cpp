@@ -70,7 +70,7 @@ TEST(MiscPackageTest, RulesGoToTheLogicalNameInTheOrderDefined) {
   auto* Out = new TGTextStream(std::string());
   Out->SetOutput(&Written);
   F.Engine.GetIOStreams()->AddStream(u"out", Out);
-  F.Engine.Parse(u"(defrule zeta (a) =>) (defrule alpha (b) =>)");
+  F.Engine.Parse(u"(defrule zeta (a ?x) =>) (defrule alpha (b ?y) =>)");
   F.Printed.clear();
   F.Engine.ParseNExecuteFunCall(u"(rules out)");
   EXPECT_EQ(F.Printed, u"") << "nothing on the standard channel";
