@@ -52,6 +52,12 @@ String ValueText(const ITavoValue& Value) {
   }
   // nil prints as nothing in output, but as code it must stay a word.
   if (Value->GetDType() == dtAtom && Value->GetAsAtom().empty()) return u"nil";
+  if (Value->GetDType() == dtList)
+    if (IValueVector List = Value->GetAsList()) {
+      String Result;
+      for (int I = 0; I < List->GetValueCount(); ++I) Result += (I > 0 ? u" " : u"") + ValueText(List->Get(I));
+      return Result;
+    }
   return Value->GetToString();
 }
 

@@ -83,7 +83,7 @@ const TRoundTrip RoundTrips[] = {
      u" ?p <- (person (name ?n&~bob) (age ?a&:(> ?a 18)|7) (kids ?first $?rest))"
      u" (not (person (name ?n) (age =(+ ?a 1)))) (exists (q ?n)) (not (exists (q 1)))"
      u" (test (> ?a 1)) (not (test (< ?a 0))) (unique (explicit (r ?)))"
-     u" => (retract ?p) (printout t ?n crlf))",
+     u" => (retract ?p) (printout t ?n crlf) (modify ?p (age nil) (kids a b)) (if (neq ?n nil) then (duplicate ?p (name x))))",
      kRule, u"r1"},
     {u"(deftemplate goal (slot x)) (do-backward-chaining goal)",
      u"(defrule r2 (declare (oneshot TRUE) (enabled FALSE)) (need-goal (x ?x)) => (assert (goal (x ?x))))",
