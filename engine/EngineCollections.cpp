@@ -8,6 +8,27 @@ namespace tavo {
 
 namespace {
 
+// What Print gives with the module qualifiers of Engine's printers off:
+// text copied into another module names its constructs bare.
+template <class F>
+String BareText(TInferenceEngine* Engine, F&& Print) {
+  if (!Engine) return Print();
+  const bool Former = Engine->GetPrintModuleQualifiers();
+  Engine->SetPrintModuleQualifiers(false);
+  try {
+    String Text = Print();
+    Engine->SetPrintModuleQualifiers(Former);
+    return Text;
+  } catch (...) {
+    Engine->SetPrintModuleQualifiers(Former);
+    throw;
+  }
+}
+
+}  // namespace
+
+namespace {
+
 const String& NameOf(const TFactTemplate& Template) { return Template.GetTemplateName(); }
 const String& NameOf(const TTavoDefinedType& Type) { return Type.GetName(); }
 
@@ -150,6 +171,36 @@ String TConstructTable<T>::LocalsToString() const {
     Result += Construct->ToString();
   }
   return Result;
+}
+
+template <class T>
+void TConstructTable<T>::Assign(const TPersistent* Source) {
+  if (auto* Table = dynamic_cast<const TConstructTable<T>*>(Source)) {
+    CopyFrom(*Table, false);
+    return;
+  }
+  TInherited::Assign(Source);
+}
+
+template <class T>
+void TConstructTable<T>::AssignLocal(const TConstructTable& Source) {
+  CopyFrom(Source, true);
+}
+
+template <class T>
+void TConstructTable<T>::CopyFrom(const TConstructTable& Source, bool LocalsOnly) {
+  if (&Source == this) return;
+  if (!FEngine) throw ETavoException(SUnknownEngine);
+  const String Text = BareText(Source.FEngine, [&] {
+    String Result;
+    for (const TItemRef& Construct : Source.InOrder(LocalsOnly)) Result += Construct->ToString() + u"\r\n";
+    return Result;
+  });
+  if (LocalsOnly)
+    Clear(csLocal);
+  else
+    Clear();
+  FEngine->ParseInModule(FModule, Text);
 }
 
 template class TConstructTable<TTavoDefinedType>;
@@ -313,6 +364,26 @@ void TUserFunctions::Clear() {
     for (const IUserFunction& Function : Functions) Function->DeleteReasoner(FEngine);
 }
 
+void TUserFunctions::Assign(const TPersistent* Source) {
+  auto* Functions = dynamic_cast<const TUserFunctions*>(Source);
+  if (!Functions) {
+    TInherited::Assign(Source);
+    return;
+  }
+  if (Functions == this) return;
+  for (const auto& Item : *Functions)
+    if (!IsInterpreted(Item.Value)) AddOrSetValue(Item.Key, Item.Value);
+  AssignInterpretedFunctions(*Functions);
+}
+
+void TUserFunctions::AssignInterpretedFunctions(const TUserFunctions& Source) {
+  if (&Source == this) return;
+  if (!FEngine) throw ETavoException(SUnknownEngine);
+  // Calls find their functions by name when they run, so the bodies read
+  // in definition order resolve among themselves.
+  FEngine->Parse(Source.ToString());
+}
+
 String TUserFunctions::ToString() const {
   String Result;
   for (const String& Name : FInterpretedNames) {
@@ -427,6 +498,14 @@ void TFactSets::Clear() {
   }
 }
 
+void TFactSets::Assign(const TFactSets& Source) {
+  if (&Source == this) return;
+  if (!FEngine) throw ETavoException(SUnknownEngine);
+  const String Text = BareText(Source.FEngine, [&] { return Source.ToString(); });
+  Clear();
+  FEngine->ParseInModule(FModule, Text);
+}
+
 String TFactSets::ToString() const {
   String Result;
   for (const TFactSet* FactSet : FItems) {
@@ -516,6 +595,14 @@ void TRules::Clear() {
     else
       Rule->SetEngine(nullptr);
   }
+}
+
+void TRules::Assign(const TRules& Source) {
+  if (&Source == this) return;
+  if (!FEngine) throw ETavoException(SUnknownEngine);
+  const String Text = BareText(Source.FEngine, [&] { return Source.ToString(); });
+  Clear();
+  FEngine->ParseInModule(FModule, Text);
 }
 
 String TRules::ToString() const {

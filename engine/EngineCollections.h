@@ -50,6 +50,13 @@ class TConstructTable : public TMekStringHashTable<TRef<T>> {
   // The definitions, one per line.
   String ToString() const override;
   String LocalsToString() const;
+  // From another table, of this engine or another: this table is emptied,
+  // and each of the source's constructs, in definition order, is read
+  // again by this engine into this table's module. AssignLocal takes only
+  // the source's own constructs and keeps what this table imported.
+  using TInherited::Assign;
+  void Assign(const TPersistent* Source) override;
+  void AssignLocal(const TConstructTable& Source);
 
  protected:
   void DoAdd(const String& Key, const TItemRef& Value) override;
@@ -71,6 +78,7 @@ class TConstructTable : public TMekStringHashTable<TRef<T>> {
   int FImportCount = 0;
 
  private:
+  void CopyFrom(const TConstructTable& Source, bool LocalsOnly);
   void Store(const String& Key, const TItemRef& Value);
   void Unstore(const String& Key, const TItemRef& Value);
 
@@ -126,6 +134,10 @@ class TUserFunctions : public TMekStringHashTable<IUserFunction> {
   // function that leaves the engine or changes its name.
   IUserFunction ExtractFunction(const String& Name);
   void Clear() override;
+  // From another engine's table: built-in and host functions are shared
+  // by name, deffunctions are read again by this engine.
+  void Assign(const TPersistent* Source) override;
+  void AssignInterpretedFunctions(const TUserFunctions& Source);
   // The names, each followed by CR LF.
   String GetNamesToString() const;
   // The deffunctions in the order they were defined, each followed by CR
@@ -213,6 +225,9 @@ class TRules : public TObject {
   // A renamed rule is found under its new name.
   void Rename(TRule* Rule, const String& OldName, const String& NewName);
   void Clear();
+  // The source's rules, read again by this engine into this module, in
+  // the order they came; the former rules go first.
+  void Assign(const TRules& Source);
   String ToString() const override;
   TModule* GetModule() const { return FModule; }
 
@@ -251,6 +266,8 @@ class TFactSets : public TObject {
   std::vector<TFactSet*>::const_iterator end() const { return FItems.end(); }
   // The deffacts texts, one per line.
   String ToString() const override;
+  // The source's sets, read again by this engine into this module.
+  void Assign(const TFactSets& Source);
 
  private:
   TInferenceEngine* FEngine;

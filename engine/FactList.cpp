@@ -258,6 +258,55 @@ String TFacts::JoinFacts(bool WithIDs) const {
   return Result;
 }
 
+void TFacts::Assign(const TPersistent* Source) {
+  if (auto* Facts = dynamic_cast<const TFacts*>(Source)) {
+    CopyFrom(*Facts, false);
+    return;
+  }
+  TPersistent::Assign(Source);
+}
+
+void TFacts::AssignLocal(const TFacts& Source) { CopyFrom(Source, true); }
+
+void TFacts::AssignTo(TPersistent* Dest) const {
+  if (auto* Facts = dynamic_cast<TFacts*>(Dest)) {
+    Facts->CopyFrom(*this, false);
+    return;
+  }
+  TPersistent::AssignTo(Dest);
+}
+
+void TFacts::CopyFrom(const TFacts& Source, bool LocalsOnly) {
+  if (&Source == this) return;
+  // Taken first: the source may share facts with this list.
+  std::vector<IFact> Facts;
+  for (const IFact& Fact : Source.FItems)
+    if (!LocalsOnly || !Source.IsForeign(Fact)) Facts.push_back(Fact);
+  if (!FEngine) {
+    Clear();
+    for (const IFact& Fact : Facts) {
+      FItems.Add(Fact);
+      CacheAdd(Fact);
+    }
+    return;
+  }
+  // The facts enter this list's module, which is current meanwhile.
+  IModule Previous = FModule ? FEngine->FocusFactSetModule(FModule->GetName(), true) : nullptr;
+  struct TRestore {
+    TInferenceEngine* Engine;
+    IModule Module;
+    ~TRestore() { Engine->RestoreModule(Module); }
+  } Restore{FEngine, Previous};
+  Clear();
+  for (const IFact& Fact : Facts) {
+    // Read again, so that the copy has this engine's template.
+    IFact Copy = FEngine->ParseFact(Fact->ToString());
+    ResolveFact(*FEngine->GetContext(), Copy);
+    Copy->SetID(Fact->GetID());
+    Add(Copy);
+  }
+}
+
 String TFacts::LocalsToString(bool WithIDs) const {
   String Result;
   for (const IFact& Fact : FItems)

@@ -72,8 +72,17 @@ class TFacts : public TPersistent {
   String ToString() const override { return JoinFacts(false); }
   String GetToIDString() const { return JoinFacts(true); }
   String LocalsToString(bool WithIDs) const;
+  // From another list: this one is emptied, and each of the source's facts
+  // is read again by this list's engine in its module and added, keeping
+  // its id while PreserveIDs holds. Without an engine the facts themselves
+  // are taken. AssignLocal takes only the source's own facts; AssignTo
+  // copies this list into another.
+  void Assign(const TPersistent* Source) override;
+  void AssignLocal(const TFacts& Source);
+  void AssignTo(TPersistent* Dest) const override;
 
  private:
+  void CopyFrom(const TFacts& Source, bool LocalsOnly);
   bool IsForeign(const IFact& Fact) const;
   void CacheAdd(const IFact& Fact);
   void CacheRemove(const IFact& Fact);

@@ -288,6 +288,17 @@ class TInferenceEngine : public TComponent,
   // Parses a text stream with execution on, the parser's stream restored
   // on every way out.
   bool Parse(std::istream& Stream, TTextEncoding Encoding);
+  // Parses Text with Module current for the while.
+  void ParseInModule(TModule* Module, const String& Text);
+  // Whether the printers write module::name; the parser's setting.
+  bool GetPrintModuleQualifiers();
+  void SetPrintModuleQualifiers(bool Value);
+
+  // From another engine: its settings, functions, modules with their
+  // constructs and facts (which keep their ids), globals, focus stack and
+  // current module, so that the copy behaves as the source does. The
+  // engine is cleared first. Events are not copied.
+  void Assign(const TPersistent* Source) override;
 
   // The parser object; its class is TTavoParser.
   TObject* GetParserObject();
@@ -485,6 +496,8 @@ class TInferenceEngine : public TComponent,
   void SetAgenda(TActivationAgenda& Source);
   void RemoveActivationAt(int Index, bool Free);
   void PrintStatistics();
+  // The saved text; without facts for a copy, which takes them with ids.
+  String ExpertSystemText(bool NoComments, bool WithFacts);
   bool Watching(TConstructWatch Watch) const { return FWatch.Contains(Watch) && OnPrintOut != nullptr; }
 
   friend class TModule;

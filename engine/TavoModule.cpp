@@ -210,8 +210,8 @@ String Section(bool Comments, const char16_t* Heading, const String& Text) {
 
 }  // namespace
 
-String TModule::GetExpertSystem(bool Comments, bool All) const {
-  const int FactCount = All ? FFacts->Count() : FFacts->GetLocalsCount();
+String TModule::GetExpertSystem(bool Comments, bool All, bool WithFacts) const {
+  const int FactCount = !WithFacts ? 0 : All ? FFacts->Count() : FFacts->GetLocalsCount();
   String Result;
   if (Comments) {
     Result += SStarLine;

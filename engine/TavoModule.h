@@ -90,7 +90,7 @@ class TModule : public TCloneableObject {
   // The module as rule-language text: its defmodule, then its types,
   // templates, rules, fact sets, and its facts as one assert call. All
   // adds the constructs it imported; Comments the comment lines.
-  String GetExpertSystem(bool Comments, bool All) const;
+  String GetExpertSystem(bool Comments, bool All, bool WithFacts = true) const;
   const IModuleExport& GetExportItems() const { return FExportItems; }
   int GetImportCount() const { return FImportModules.Count(); }
   const IModuleImport& GetImport(int Index) const { return FImportModules.Get(Index); }

@@ -98,7 +98,9 @@ String TInferenceEngine::PrettyPrintGlobalVariables() { return PrintWith(*this, 
 
 // The whole expert system.
 
-String TInferenceEngine::GetExpertSystem(bool NoComments) {
+String TInferenceEngine::GetExpertSystem(bool NoComments) { return ExpertSystemText(NoComments, true); }
+
+String TInferenceEngine::ExpertSystemText(bool NoComments, bool WithFacts) {
   TTavoParser* Parser = static_cast<TTavoParser*>(GetParserObject());
   // Constructs print their bare names: each stands in its module's section.
   TFlagScope Qualifiers(Parser->FPrintModuleQualifiers, false);
@@ -117,7 +119,7 @@ String TInferenceEngine::GetExpertSystem(bool NoComments) {
   // Imports stand ahead of their importers in the list, so the reload
   // finds every module it imports from.
   for (int I = 0; I < FModules.Count(); ++I) {
-    Result += FModules.Get(I)->GetExpertSystem(!NoComments, false);
+    Result += FModules.Get(I)->GetExpertSystem(!NoComments, false, WithFacts);
     // The deffunctions follow the main module rather than lead the text: a
     // fact in a deffunction's body is read by its template, which must be
     // known by then, or the fact would be read as an ordered one. Calls
@@ -264,5 +266,98 @@ TAVO_FILE_FORM(LoadFactTemplates)
 TAVO_FILE_FORM(LoadRules)
 TAVO_FILE_FORM(LoadModules)
 #undef TAVO_FILE_FORM
+
+}  // namespace tavo
+
+namespace tavo {
+
+void TInferenceEngine::ParseInModule(TModule* Module, const String& Text) {
+  IModule Previous = Module ? FocusFactSetModule(Module->GetName(), true) : nullptr;
+  struct TRestore {
+    TInferenceEngine* Engine;
+    IModule Module;
+    ~TRestore() { Engine->RestoreModule(Module); }
+  } Restore{this, Previous};
+  Parse(Text);
+}
+
+bool TInferenceEngine::GetPrintModuleQualifiers() {
+  return static_cast<TTavoParser*>(GetParserObject())->FPrintModuleQualifiers;
+}
+
+void TInferenceEngine::SetPrintModuleQualifiers(bool Value) {
+  static_cast<TTavoParser*>(GetParserObject())->FPrintModuleQualifiers = Value;
+}
+
+// Copying a whole engine.
+
+void TInferenceEngine::Assign(const TPersistent* Source) {
+  auto* Other = const_cast<TInferenceEngine*>(dynamic_cast<const TInferenceEngine*>(Source));
+  if (!Other) {
+    TComponent::Assign(Source);
+    return;
+  }
+  if (Other == this) return;
+  Clear();
+  if (FParserType != Other->FParserType) {
+    FParserType = Other->FParserType;
+    FParser.reset();
+  }
+  static_cast<TTavoParser*>(GetParserObject())->Assign(static_cast<TTavoParser*>(Other->GetParserObject()));
+  FParserErrorHandling = Other->FParserErrorHandling;
+  FParserMaxErrors = Other->FParserMaxErrors;
+  FEvalSalience = Other->FEvalSalience;
+  SetStrategy(Other->FStrategy);
+  FDuplicateConstructs = Other->FDuplicateConstructs;
+  FResetGlobals = Other->FResetGlobals;
+  FFuzzyAutoTerms = Other->FFuzzyAutoTerms;
+  FFuzzyCorrelationMethod = Other->FFuzzyCorrelationMethod;
+  FFuzzyInferenceMethod = Other->FFuzzyInferenceMethod;
+  SetFuzzyEqualsThreshold(Other->FFuzzyEqualsThreshold);
+  SetMinActivationStrength(Other->FMinActivationStrength);
+  // Built-in and host functions are shared; deffunctions come with the text.
+  for (const auto& Item : *Other->FUserFunctions)
+    if (!dynamic_cast<TInterpretedFunction*>(Item.Value.Get())) FUserFunctions->AddOrSetValue(Item.Key, Item.Value);
+
+  // The rest is read from the source's text, quietly and with the type
+  // checks off: what the source holds has passed them already. The
+  // watches are copied after, so that the reading prints no trace.
+  const TTypeChecks Checks = Other->FTypeChecks;
+  TPrintOutEvent Printer = std::move(OnPrintOut);
+  OnPrintOut = nullptr;
+  FTypeChecks = TTypeChecks();
+  struct TRestore {
+    TInferenceEngine* Engine;
+    TPrintOutEvent& Printer;
+    TTypeChecks Checks;
+    ~TRestore() {
+      Engine->OnPrintOut = std::move(Printer);
+      Engine->FTypeChecks = Checks;
+    }
+  } Restore{this, Printer, Checks};
+  Parse(Other->ExpertSystemText(false, false));
+  // Each module's own facts, with their ids; fresh ids go on from the
+  // source's counter.
+  for (int I = 0; I < Other->FModules.Count(); ++I) {
+    const IModule& Module = Other->FModules.Get(I);
+    TFacts* Facts = FModules.GetModule(Module->GetName())->GetFacts();
+    const bool Preserve = Facts->GetPreserveIDs();
+    Facts->SetPreserveIDs(true);
+    try {
+      Facts->AssignLocal(*Module->GetFacts());
+    } catch (...) {
+      Facts->SetPreserveIDs(Preserve);
+      throw;
+    }
+    Facts->SetPreserveIDs(Preserve);
+  }
+  FFactIdCounter = std::max(FFactIdCounter, Other->FFactIdCounter);
+  FWatch = Other->FWatch;
+  // The focus stack from its bottom to its top, then the current module.
+  FFocusStack.Clear();
+  for (int I = 0; I < Other->FFocusStack.Count(); ++I)
+    FFocusStack.Add(FModules.GetModule(Other->FFocusStack.Get(I)->GetName()));
+  if (Other->FCurrentModule) SetCurrentModule(FModules.GetModule(Other->FCurrentModule->GetName()));
+}
 
 }  // namespace tavo
