@@ -303,7 +303,13 @@ void TInferenceEngine::Assign(const TPersistent* Source) {
     FParserType = Other->FParserType;
     FParser.reset();
   }
-  static_cast<TTavoParser*>(GetParserObject())->Assign(static_cast<TTavoParser*>(Other->GetParserObject()));
+  {
+    // The settings only: the parser goes on reading its own stream.
+    auto* Parser = static_cast<TTavoParser*>(GetParserObject());
+    TTavoTokenizerStream* Stream = Parser->GetStream();
+    Parser->Assign(static_cast<TTavoParser*>(Other->GetParserObject()));
+    Parser->SetStream(Stream);
+  }
   FParserErrorHandling = Other->FParserErrorHandling;
   FParserMaxErrors = Other->FParserMaxErrors;
   FEvalSalience = Other->FEvalSalience;

@@ -1350,5 +1350,6 @@ String TTavoClipsParser::PrettyPrint(const ITavoDefinedType& Type) {
   return tavo::PrettyPrint(Type, FPrintModuleQualifiers);
 }
 String TTavoClipsParser::PrettyPrint(const TValueHashTable& Globals) { return tavo::PrettyPrint(Globals); }
+String TTavoClipsParser::PrettyPrint(TParsedType Type) { return tavo::PrettyPrint(Type); }
 
 }  // namespace tavo

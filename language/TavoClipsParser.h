@@ -133,6 +133,7 @@ class TTavoClipsParser : public TTavoParser {
   virtual String PrettyPrint(const IInterpretedFunction& Function);
   virtual String PrettyPrint(const ITavoDefinedType& Type);
   virtual String PrettyPrint(const TValueHashTable& Globals);
+  virtual String PrettyPrint(TParsedType Type);
 
   void Assign(const TPersistent* Source) override;
 

@@ -315,6 +315,42 @@ String WrapText(StringView Text, const String& Break, size_t Column) {
 
 }  // namespace
 
+namespace {
+
+// What each construct does and how it is written, for its help comment.
+struct TConstructHelp {
+  const char16_t* Comment;
+  const char16_t* Syntax;
+};
+
+const TConstructHelp ConstructHelps[] = {
+    {u"Defines a rule: when facts match its patterns, the rule is activated, and when it fires its actions run.",
+     u"(defrule <name> [<comment>] [(declare <property>+)] <conditional-element>* => <action>*)"},
+    {u"Defines a set of facts that every reset asserts.", u"(deffacts <name> [<comment>] <fact>*)"},
+    {u"Defines the template of facts with named slots, each with its type and default.",
+     u"(deftemplate <name> [<comment>] [extends <template-name>] <slot-definition>*)"},
+    {u"Defines a function in the rule language: its parameters, and the expressions it evaluates in turn; the "
+     u"last one's value is the result.",
+     u"(deffunction <name> [<comment>] (<parameter>* [<wildcard-parameter>]) <expression>*)"},
+    {u"Defines global variables, each bound to the value of its expression at once and again at each reset.",
+     u"(defglobal <global-assignment>*)"},
+    {u"Defines a type of values: its base types, range, cardinality, units, allowed values or fuzzy terms.",
+     u"(deftype <name> [<comment>] extends (type <type>+) <constraint>*)"},
+    {u"Defines a module and what it exports to and imports from other modules.",
+     u"(defmodule <name> [<comment>] <port-specification>*)"},
+};
+
+}  // namespace
+
+String PrettyPrint(TParsedType Type) {
+  const String Keyword = TTavoParser::GetConstructName(Type);
+  if (Keyword.empty()) return String();
+  const TConstructHelp& Help = ConstructHelps[Type - ptRule];
+  String Text = Keyword + u" function" + CRLF + CRLF + WrapText(Help.Comment, CRLF, size_t(WrapTextColumn)) + CRLF +
+                CRLF + u"Syntax:" + CRLF + Help.Syntax;
+  return u";; " + IndentLines(Text, u";; ");
+}
+
 String PrettyPrint(const IUserFunction& Function) {
   if (auto* Interpreted = dynamic_cast<TInterpretedFunction*>(Function.Get()))
     return PrettyPrint(IInterpretedFunction(Interpreted));

@@ -9,6 +9,7 @@
 #include "knowledge/TavoFactSets.h"
 #include "knowledge/TavoFacts.h"
 #include "knowledge/TavoRule.h"
+#include "language/TavoParser.h"
 
 namespace tavo {
 
@@ -51,6 +52,8 @@ String PrettyPrint(const IUserFunction& Function);
 // The deftype; Implicit prints only the clauses, as they stand inside a
 // slot definition.
 String PrettyPrint(const ITavoDefinedType& Type, bool Qualify, bool Implicit = false);
+// A construct's help as comment lines: what it does, and its syntax.
+String PrettyPrint(TParsedType Type);
 // (defglobal ?*name* = value ...)
 String PrettyPrint(const TValueHashTable& Globals);
 

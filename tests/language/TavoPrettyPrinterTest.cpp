@@ -229,3 +229,28 @@ TEST_F(TPrettyPrinterTexts, BuiltInFunctionPrintsItsHelpWrapped) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+TEST(TPrettyPrinterHelp, ConstructHelpIsCommentLinesWithTheSyntaxLast) {
+  for (int Type = ptRule; Type <= ptDefModule; ++Type) {
+    const String Help = PrettyPrint(TParsedType(Type));
+    const String Keyword = TTavoParser::GetConstructName(TParsedType(Type));
+    SCOPED_TRACE(StringToUtf8(Help));
+    EXPECT_EQ(Help.rfind(u";; " + Keyword + u" function\r\n;; \r\n;; ", 0), 0u);
+    EXPECT_NE(Help.find(u"\r\n;; \r\n;; Syntax:\r\n;; (" + Keyword + u" "), String::npos);
+    // Every line is a comment, and none is longer than the wrap allows.
+    size_t Start = 0;
+    for (size_t End; (End = Help.find(u"\r\n", Start)) != String::npos; Start = End + 2) {
+      EXPECT_EQ(Help.compare(Start, 2, u";;"), 0);
+      if (Help.find(u"Syntax", Start) != Start + 3) EXPECT_LE(End - Start, 3u + WrapTextColumn);
+    }
+  }
+  EXPECT_EQ(PrettyPrint(ptFunCall), u"");
+  TTavoClipsParser Parser(nullptr, nullptr);
+  EXPECT_EQ(Parser.PrettyPrint(ptDefModule), PrettyPrint(ptDefModule));
+}
+
+}  // namespace
+}  // namespace tavo
