@@ -25,7 +25,7 @@ using namespace tavo;
 namespace {
 
 constexpr char Usage[] =
-    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [-f FILE]... [FILE...]\n"
+    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [--save=FILE] [-f FILE]... [FILE...]\n"
     "\n"
     "Runs the top-level forms of each FILE in order, as a batch: expressions,\n"
     "function calls and definitions of the rule language. What the engine\n"
@@ -50,9 +50,12 @@ constexpr char Usage[] =
     "                      activation (as each activation is placed, the\n"
     "                      default) or every-cycle (also after each firing,\n"
     "                      when the agenda is sorted again)\n"
+    "  --save=FILE         when the session ends, also by (exit), save its\n"
+    "                      whole expert system to FILE as rule-language text\n"
+    "                      that tavo FILE or (load) reads back\n"
     "\n"
     "The exit status is 0 when every form ran, 1 when any failed, 2 for a\n"
-    "file that cannot be read or a bad option.\n";
+    "file that cannot be read or written, or a bad option.\n";
 
 void ReportError(const String& Message) {
   std::cout.flush();
@@ -163,6 +166,7 @@ int RunHost(int argc, char** argv) {
   std::vector<std::string> Files;
   // Batched first; standard input still follows when no FILE is given.
   std::vector<std::string> Batches;
+  std::string SaveFile;
   TSearchStrategy Strategy = ssDepthFirst;
   TSalience EvalSalience = sActivate;
   for (int I = 1; I < argc; ++I) {
@@ -183,6 +187,10 @@ int RunHost(int argc, char** argv) {
         std::cerr << "tavo: unknown value " << Value << " for " << Name << "\n" << Usage;
         return 2;
       }
+      continue;
+    }
+    if (Name == "--save" && Equals != std::string::npos && Equals + 1 < Argument.size()) {
+      SaveFile = Argument.substr(Equals + 1);
       continue;
     }
     if (Argument == "-f") {
@@ -247,7 +255,15 @@ int RunHost(int argc, char** argv) {
     Succeeded = RunForms(Engine, std::move(Contents)) && Succeeded;
   }
   std::cout.flush();
-  const int Status = Succeeded ? 0 : 1;
+  int Status = Succeeded ? 0 : 1;
+  if (!SaveFile.empty()) {
+    try {
+      Engine.SaveToFile(Utf8ToString(SaveFile));
+    } catch (const EMekException& E) {
+      ReportError(E.Message());
+      Status = 2;
+    }
+  }
 #if defined(NDEBUG) && !defined(TAVO_ADDRESS_SANITIZER)
   // A release host leaves without taking the engine apart piece by piece:
   // the system takes the whole process back at once. Streams the engine

@@ -1,0 +1,16 @@
+; A session that builds an expert system, changes its state, and leaves by
+; (exit): the host saves what it holds.
+(defmodule MAIN (export deftemplate order))
+(defglobal ?*rate* = 3)
+(deftemplate order (slot id) (slot qty (type INTEGER) (default 1)))
+(deffunction cost (?q) (* ?q ?*rate*))
+(deffacts standing (order (id a) (qty 2)))
+(defrule price (order (id ?i) (qty ?q)) => (printout t ?i " costs " (cost ?q) crlf))
+(defmodule REPORT (import MAIN deftemplate order))
+(defrule count ?o <- (order (id ?i)) => (printout t "reported " ?i crlf))
+(set-current-module MAIN)
+(reset)
+(assert (order (id b) (qty 5)))
+(bind ?*rate* 4)
+(exit)
+(printout t "never here" crlf)
