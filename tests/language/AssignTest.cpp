@@ -133,3 +133,33 @@ TEST(Assign, CollectionsCopyIntoAModuleOfAnotherEngine) {
 
 }  // namespace
 }  // namespace tavo
+
+namespace tavo {
+namespace {
+
+TEST(ConstructText, ConstructsPrintThroughTheirEnginesPrinters) {
+  TInferenceEngine Engine;
+  Engine.Parse(u"(deftype small extends (type INTEGER) (range 0 9))"
+               u"(deftemplate job (slot size (type small)))"
+               u"(deffacts jobs (job (size 1)))"
+               u"(defrule r1 (job (size ?s&~3)) => (printout t ?s crlf))");
+  auto* Parser = static_cast<TTavoClipsParser*>(Engine.GetParserObject());
+  const IFactTemplate Template = Engine.FindFactTemplate(u"job");
+  TRule* Rule = Engine.GetRules()->Find(u"r1");
+  EXPECT_EQ(Template->ToString(), Parser->PrettyPrint(Template));
+  EXPECT_EQ(Template->ToString().rfind(u"(deftemplate MAIN::job", 0), 0u) << "qualified, as the parser says";
+  EXPECT_EQ(Engine.FindDefinedType(u"small")->ToString(), Parser->PrettyPrint(Engine.FindDefinedType(u"small")));
+  EXPECT_EQ(Rule->ToString(), Parser->PrettyPrint(*Rule));
+  EXPECT_EQ(Rule->GetPattern(0)->ToString(), u"(job (size ?s&~3))");
+  EXPECT_EQ(Engine.GetFactSets()->Get(0)->ToString(), u"(deffacts jobs\r\n   (job (size 1)))") << "MAIN goes unnamed";
+  Engine.SetPrintModuleQualifiers(false);
+  EXPECT_EQ(Template->ToString().rfind(u"(deftemplate job", 0), 0u);
+
+  // Without an engine a construct writes a plain form of its own.
+  IFactTemplate Loose = Make<TFactTemplate>(nullptr);
+  Loose->SetTemplateName(u"loose");
+  EXPECT_EQ(Loose->ToString(), u"(deftemplate loose)");
+}
+
+}  // namespace
+}  // namespace tavo
