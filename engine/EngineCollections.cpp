@@ -93,10 +93,9 @@ template <class T>
 typename TConstructTable<T>::TItemRef TConstructTable<T>::Replace(const TItemRef& Old, const TItemRef& New) {
   TItemRef Keep = Old;
   Prepare(*New);
-  if (Keep) {
-    Removing(Keep);
-    Unstore(NameOf(*Keep), Keep);
-  }
+  // The old construct is not removed but replaced: Replaced, not Removing,
+  // tells the engine, which moves what rested on it to the new one.
+  if (Keep) Unstore(NameOf(*Keep), Keep);
   Store(NameOf(*New), New);
   if (Keep) Replaced(Keep, New);
   return New;
@@ -222,15 +221,28 @@ void TTavoDefinedTypes::Added(const ITavoDefinedType& Type) {
 }
 
 void TTavoDefinedTypes::Removing(const ITavoDefinedType& Type) {
-  if (FEngine) FEngine->RemoveDefinedType(Type);
+  if (!FEngine) return;
+  // The templates that use the type go with it, with what rests on them.
+  FEngine->RemoveDependencies(IModule(FModule), Type);
+  FEngine->RemoveDefinedType(Type);
 }
 
 void TTavoDefinedTypes::Replaced(const ITavoDefinedType& Old, const ITavoDefinedType& New) {
-  if (FEngine) FEngine->ReplaceDefinedType(Old, New);
+  if (!FEngine) return;
+  // Hosts hear of the old type's going, as they always did.
+  FEngine->RemoveDefinedType(Old);
+  TModuleScope Scope(*FEngine, FModule);
+  FEngine->ReplaceDefinedType(Old, New);
 }
 
 void TTavoDefinedTypes::Cleared(bool BeforeEmptying) {
-  if (FEngine && !BeforeEmptying) FEngine->ClearDefinedTypes();
+  if (!FEngine) return;
+  if (BeforeEmptying) {
+    TModuleScope Scope(*FEngine, FModule);
+    FEngine->RemoveTypeDependencies();
+  } else {
+    FEngine->ClearDefinedTypes();
+  }
 }
 
 ITavoDefinedType TTavoDefinedTypes::FindUnsharedType(const IFactTemplate& Template) const {
@@ -258,15 +270,28 @@ void TFactTemplates::Added(const IFactTemplate& Template) {
 }
 
 void TFactTemplates::Removing(const IFactTemplate& Template) {
-  if (FEngine) FEngine->RemoveFactTemplate(Template);
+  if (!FEngine) return;
+  // Its facts, fact-set entries and rules go, in every module that holds it.
+  FEngine->RemoveTemplateDependants(Template, FModule);
+  FEngine->RemoveFactTemplate(Template);
 }
 
 void TFactTemplates::Replaced(const IFactTemplate& Old, const IFactTemplate& New) {
-  if (FEngine) FEngine->ReplaceTemplate(Old, New);
+  if (!FEngine) return;
+  // Hosts hear of the old template's going, as they always did.
+  FEngine->RemoveFactTemplate(Old);
+  TModuleScope Scope(*FEngine, FModule);
+  FEngine->ReplaceTemplate(Old, New);
 }
 
 void TFactTemplates::Cleared(bool BeforeEmptying) {
-  if (FEngine && !BeforeEmptying) FEngine->ClearFactTemplates();
+  if (!FEngine) return;
+  if (BeforeEmptying) {
+    TModuleScope Scope(*FEngine, FModule);
+    FEngine->RemoveDependencies();
+  } else {
+    FEngine->ClearFactTemplates();
+  }
 }
 
 // TUserFunctions
@@ -591,7 +616,7 @@ void TRules::Clear() {
   for (TRule* Rule : Items) {
     if (Network) Network->RemoveRule(Rule);
     if (Rule->GetOwner() == FEngine)
-      delete Rule;
+      FEngine->FreeRule(Rule);
     else
       Rule->SetEngine(nullptr);
   }

@@ -291,12 +291,7 @@ void TFacts::CopyFrom(const TFacts& Source, bool LocalsOnly) {
     return;
   }
   // The facts enter this list's module, which is current meanwhile.
-  IModule Previous = FModule ? FEngine->FocusFactSetModule(FModule->GetName(), true) : nullptr;
-  struct TRestore {
-    TInferenceEngine* Engine;
-    IModule Module;
-    ~TRestore() { Engine->RestoreModule(Module); }
-  } Restore{FEngine, Previous};
+  TModuleScope Scope(*FEngine, FModule);
   Clear();
   for (const IFact& Fact : Facts) {
     // Read again, so that the copy has this engine's template.

@@ -36,6 +36,8 @@ TInferenceEngine::TInferenceEngine(TComponent* AOwner)
 TInferenceEngine::~TInferenceEngine() {
   UnhookEvents();
   Destroying();
+  // Retired rules are still the engine's components, and go with them.
+  FRetiredRules.clear();
   FParser.reset();
   // Functions held elsewhere forget this engine; then the packages and other
   // owned components go while the engine is still whole.
@@ -226,11 +228,6 @@ void TInferenceEngine::RemoveFactTemplate(const IFactTemplate& Template) {
   if (OnRemoveFactTemplate) OnRemoveFactTemplate(this, Template);
 }
 
-void TInferenceEngine::ReplaceTemplate(const IFactTemplate&, const IFactTemplate&) {
-  // What depends on the old template moves to the new one once rules and
-  // fact sets depend on templates.
-}
-
 void TInferenceEngine::ClearFactTemplates() {
   if (OnClearFactTemplates) OnClearFactTemplates(this);
 }
@@ -241,11 +238,6 @@ void TInferenceEngine::AddDefinedType(const ITavoDefinedType& Type) {
 
 void TInferenceEngine::RemoveDefinedType(const ITavoDefinedType& Type) {
   if (OnRemoveDefinedType) OnRemoveDefinedType(this, Type);
-}
-
-void TInferenceEngine::ReplaceDefinedType(const ITavoDefinedType&, const ITavoDefinedType&) {
-  // Templates that use the old type take the new one once construct
-  // replacement is in place.
 }
 
 void TInferenceEngine::ClearDefinedTypes() {
@@ -849,7 +841,23 @@ void TInferenceEngine::RemoveRule(TRule* Rule) {
   if (OnRemoveRule) OnRemoveRule(this, Rule);
   for (int I = 0; I < FModules.Count(); ++I)
     if (TReteNetwork* Network = FModules.Get(I)->GetRete()) Network->RemoveRule(Rule);
-  if (!Rule->IsDestroying() && Rule->GetOwner() == this) delete Rule;
+  FreeRule(Rule);
+}
+
+void TInferenceEngine::FreeRule(TRule* Rule) {
+  if (Rule->IsDestroying() || Rule->GetOwner() != this) return;
+  // A rule that goes while rules fire may be the one firing, or one whose
+  // firing encloses the current one: it is freed once no firing is under way.
+  if (FCurrentAgendaItem)
+    FRetiredRules.push_back(Rule);
+  else
+    delete Rule;
+}
+
+void TInferenceEngine::FreeRetiredRules() {
+  std::vector<TRule*> Rules;
+  Rules.swap(FRetiredRules);
+  for (TRule* Rule : Rules) delete Rule;
 }
 
 void TInferenceEngine::RuleChange(TRule* Rule) {
@@ -972,10 +980,12 @@ void TInferenceEngine::FireActivation() {
     // Still on the agenda after a failed action: freeing it withdraws it.
     delete Activation;
     FCurrentAgendaItem = Outer;
+    if (!Outer) FreeRetiredRules();
     throw;
   }
   delete Activation;
   FCurrentAgendaItem = Outer;
+  if (!Outer) FreeRetiredRules();
   ++FStatNumRulesFired;
 }
 

@@ -132,6 +132,8 @@ class TInferenceEngine : public TComponent,
   // OnRemoveRule; the rule leaves the network, and is freed unless it is
   // already going or belongs to another owner.
   virtual void RemoveRule(TRule* Rule);
+  // Frees a rule the engine owns; during a firing, once the firing is over.
+  void FreeRule(TRule* Rule);
   // A changed rule leaves the network and is compiled anew, when the rule
   // list holds this very rule under its name.
   void RuleChange(TRule* Rule) override;
@@ -199,6 +201,41 @@ class TInferenceEngine : public TComponent,
   virtual void ProcessPendingFacts();
   int GetFactIdCounter() const override { return FFactIdCounter; }
   void SetFactIdCounter(int Value) { FFactIdCounter = Value; }
+
+  // Dependants: the facts, fact-set entries and rules that rest on a
+  // template, and the templates that rest on a defined type. A dependant's
+  // text, with the fact it stood for, or with nothing for a rule.
+  using TDependants = std::vector<std::pair<String, IFact>>;
+  // Whether the rule matches on the template or makes a fact of it in an
+  // action; whether a call or value holds a fact of it.
+  static bool IsDependent(const TRule& Rule, const IFactTemplate& Template);
+  static bool IsDependent(const IFunCall& Call, const IFactTemplate& Template);
+  static bool IsDependent(const ITavoValue& Value, const IFactTemplate& Template);
+  // Takes out, in one module, the templates that use the type, with their
+  // own dependants; the second form in every module that holds the type.
+  virtual void RemoveDependencies(const IModule& Module, const ITavoDefinedType& Type);
+  virtual void RemoveDependencies(const ITavoDefinedType& Type);
+  // Takes out the template's facts, pending facts, fact-set entries and
+  // the rules that match on it, in every module that holds it, and the
+  // template from those modules.
+  virtual void RemoveDependencies(const IFactTemplate& Template);
+  virtual void RemoveDependencies(const IModule& Module, const IFactTemplate& Template);
+  // Takes out what rests on the template in the current module, keeping
+  // the texts of its facts and of the rules that depend on it in List.
+  virtual void RemoveDependencies(const IFactTemplate& Template, TDependants& List);
+  // The dependants of every template of the current module.
+  virtual void RemoveDependencies();
+  virtual void RemoveTypeDependencies();
+  // Reads List's texts again: facts are asserted anew, rules compiled
+  // anew. A text that no longer reads raises; what follows it is lost.
+  virtual void UpdateDependencies(TDependants& List);
+  virtual void UpdateDependentFact(const IFact& Old, const IFact& New);
+  // Templates of the current module whose slots use Old take New, each
+  // through a copy that replaces the template.
+  virtual void ReplaceTypesInFactTemplates(const ITavoDefinedType& Old, const ITavoDefinedType& New);
+  // The template leaves the modules that hold it, Removing's own table
+  // excepted, which is taking it out itself.
+  void RemoveTemplateDependants(const IFactTemplate& Template, TModule* Removing);
 
   // Construct events raised by the collections.
   virtual void AddFactTemplate(const IFactTemplate& Template);
@@ -496,6 +533,13 @@ class TInferenceEngine : public TComponent,
   void SetAgenda(TActivationAgenda& Source);
   void RemoveActivationAt(int Index, bool Free);
   void PrintStatistics();
+  void FreeRetiredRules();
+  std::vector<TRule*> FRetiredRules;
+  void RemoveTemplateFrom(const IModule& Module, const IFactTemplate& Template, bool FromTable);
+  void RemovePendingFacts(const IFactTemplate& Template);
+  void RemoveFactsOf(const IFactTemplate& Template, TDependants* List);
+  void ForgetFactSetFacts(const IFactTemplate& Template, bool Removed);
+  void RemoveRules(const std::vector<TRule*>& Rules);
   // The saved text; without facts for a copy, which takes them with ids.
   String ExpertSystemText(bool NoComments, bool WithFacts);
   bool Watching(TConstructWatch Watch) const { return FWatch.Contains(Watch) && OnPrintOut != nullptr; }
@@ -563,6 +607,21 @@ class TInferenceEngine : public TComponent,
   bool FModifyingFact = false;
   IFact FNullFact;
   IModule FCurrentModule;
+};
+
+// Makes a module of the engine current for the life of the scope, without
+// an event, and the former one current again at its end.
+class TModuleScope {
+ public:
+  TModuleScope(TInferenceEngine& Engine, const TModule* Module)
+      : FEngine(Engine), FPrevious(Module ? Engine.FocusFactSetModule(Module->GetName(), true) : nullptr) {}
+  ~TModuleScope() { FEngine.RestoreModule(FPrevious); }
+  TModuleScope(const TModuleScope&) = delete;
+  TModuleScope& operator=(const TModuleScope&) = delete;
+
+ private:
+  TInferenceEngine& FEngine;
+  IModule FPrevious;
 };
 
 }  // namespace tavo

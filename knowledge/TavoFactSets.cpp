@@ -116,7 +116,7 @@ int TFactSet::AddFact(const String& Text) { return FFacts.AddObject(Text, nullpt
 
 IFact TFactSet::GetFact(int Index) {
   IFact Fact = FFacts.GetData(Index);
-  if (!Fact && FEngine && !GetComponentState().Contains(csLoading)) {
+  if (!Fact && FEngine && !GetComponentState().Contains(csLoading) && !FFacts.Get(Index).empty()) {
     TFocus Focus(*this, true);
     Fact = FEngine->ParseFact(FFacts.Get(Index));
     FFacts.SetData(Index, Fact);
@@ -125,6 +125,11 @@ IFact TFactSet::GetFact(int Index) {
 }
 
 void TFactSet::SetFact(int Index, const IFact& Fact) { FFacts.SetData(Index, Fact); }
+
+void TFactSet::ClearFact(int Index) {
+  FFacts.Put(Index, String());
+  FFacts.SetData(Index, nullptr);
+}
 
 void TFactSet::Remove(const TFact* Fact) {
   int Index = IndexOf(Fact);
@@ -146,7 +151,10 @@ void TFactSet::Reset() {
   for (int I = 0; I < FFacts.Count(); ++I) {
     // A fresh copy each time, so that calls and globals in slots are
     // evaluated at every reset.
-    IFact Fact = GetFact(I)->CloneFact();
+    IFact Entry = GetFact(I);
+    // An entry emptied when its template went asserts nothing.
+    if (!Entry) continue;
+    IFact Fact = Entry->CloneFact();
     if (Context) ResolveFact(*Context, Fact);
     FEngine->Assert(Fact, false);
   }

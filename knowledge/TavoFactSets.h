@@ -55,8 +55,15 @@ class TFactSet : public TComponent {
   virtual int AddFact(const IFact& Fact);
   int AddFact(const String& Text);
   // The fact of the line, read from its text the first time it is asked for.
+  // The entry's fact, read from its text when first asked for; null for
+  // an empty entry.
   IFact GetFact(int Index);
+  // The fact as read so far, without reading it.
+  IFact GetParsedFact(int Index) const { return FFacts.GetData(Index); }
+  // A fact set to null is read again from its text when next asked for.
   void SetFact(int Index, const IFact& Fact);
+  // Empties the entry: no text, no fact; it asserts nothing.
+  void ClearFact(int Index);
   int IndexOf(const TFact* Fact) const { return FFacts.IndexOfData(Fact); }
   void Remove(const TFact* Fact);
   // Replaces every line; with an engine, each line is read at once.

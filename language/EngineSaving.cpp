@@ -272,12 +272,7 @@ TAVO_FILE_FORM(LoadModules)
 namespace tavo {
 
 void TInferenceEngine::ParseInModule(TModule* Module, const String& Text) {
-  IModule Previous = Module ? FocusFactSetModule(Module->GetName(), true) : nullptr;
-  struct TRestore {
-    TInferenceEngine* Engine;
-    IModule Module;
-    ~TRestore() { Engine->RestoreModule(Module); }
-  } Restore{this, Previous};
+  TModuleScope Scope(*this, Module);
   Parse(Text);
 }
 
