@@ -12,6 +12,7 @@ namespace tavo {
 inline constexpr char16_t SListIndexError[] = u"List index out of bounds (%d)";
 inline constexpr char16_t SIntfCastError[] = u"Interface not supported";
 inline constexpr char16_t SStreamNotWritable[] = u"Stream is not open for writing";
+inline constexpr char16_t SFileOpenError[] = u"Cannot open file \"%s\". %s";
 
 // Base of every failure the library raises: a message in 16-bit text,
 // what() gives it in UTF-8.

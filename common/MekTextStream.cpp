@@ -1,7 +1,11 @@
 #include "MekTextStream.h"
 
 #include "MekExceptions.h"
+#include "MekFormat.h"
 
+#include <cerrno>
+#include <cstring>
+#include <fstream>
 #include <istream>
 #include <ostream>
 
@@ -53,6 +57,13 @@ void WriteStringToStream(std::ostream& Stream, StringView Text, TTextEncoding En
 void WritePreambleToStream(std::ostream& Stream, TTextEncoding Encoding) {
   const std::string Bytes = GetPreamble(Encoding);
   Stream.write(Bytes.data(), std::streamsize(Bytes.size()));
+}
+
+std::unique_ptr<std::fstream> OpenFileStream(const String& FileName, std::ios::openmode Mode) {
+  errno = 0;
+  auto File = std::make_unique<std::fstream>(StringToUtf8(FileName), Mode | std::ios::binary);
+  if (!File->is_open()) throw EMekException(Format(SFileOpenError, FileName, Utf8ToString(std::strerror(errno))));
+  return File;
 }
 
 // Reading.

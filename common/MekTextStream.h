@@ -3,7 +3,9 @@
 #pragma once
 
 #include <cstdint>
+#include <ios>
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,9 @@ std::string GetPreamble(TTextEncoding Encoding);
 std::string EncodeText(StringView Text, TTextEncoding Encoding);
 void WriteStringToStream(std::ostream& Stream, StringView Text, TTextEncoding Encoding);
 void WritePreambleToStream(std::ostream& Stream, TTextEncoding Encoding);
+// The file in Mode, always binary; one that cannot be opened raises
+// SFileOpenError with the system's reason.
+std::unique_ptr<std::fstream> OpenFileStream(const String& FileName, std::ios::openmode Mode);
 
 // Reads 16-bit code units from a byte source. A leading byte-order mark
 // selects UTF-8, UTF-16LE or UTF-16BE whatever encoding was asked for, and

@@ -1,5 +1,7 @@
 #include "TavoClipsStream.h"
 
+#include <fstream>
+
 #include "common/MekFormat.h"
 #include "engine/InferenceEngine.h"
 #include "language/TavoParser.h"
@@ -121,8 +123,17 @@ IStreamToken TTavoClipsStream::BuildNextToken() {
       // The line end that ends a word belongs to the next line's count, not
       // to the word's.
       const bool Advanced = FLineNumber != Line;
-      if (Advanced) --FLineNumber;
       FWhiteSpace += C;
+      // A CR LF ends the word whole, so that a line read after a read
+      // token starts on the next line.
+      char16_t Next;
+      if (C == CR && GetChar(Next)) {
+        if (Next == LF)
+          FWhiteSpace += Next;
+        else
+          PutBack(Next);
+      }
+      if (Advanced) --FLineNumber;
       IStreamToken Token = FinishToken(HintWord, FText);
       if (Advanced) ++FLineNumber;
       return Token;
@@ -330,6 +341,48 @@ void TTavoClipsStream::DiscardUntilEOL() { GetLine(); }
 void TTavoClipsStream::Clear() {
   FStack.clear();
   FToString.clear();
+}
+
+// TTavoClipsFileStream
+
+TTavoClipsFileStream::TTavoClipsFileStream(const String& FileName, std::ios::openmode Mode, TInferenceEngine* Owner)
+    : TTavoClipsFileStream(OpenFileStream(FileName, Mode), Mode, Owner) {}
+
+// The reading side takes the file's buffer before the file moves into its
+// field; the buffer stays where it is.
+TTavoClipsFileStream::TTavoClipsFileStream(std::unique_ptr<std::fstream> File, std::ios::openmode Mode,
+                                           TInferenceEngine* Owner)
+    : TTavoClipsStream(*File, teDefault, Owner), FFile(std::move(File)) {
+  if (Mode & std::ios::out) SetOutput(FFile.get());
+}
+
+TTavoClipsFileStream::~TTavoClipsFileStream() = default;
+
+bool IsFormComplete(StringView Text) {
+  int Level = 0;
+  bool InString = false, InComment = false, Any = false;
+  for (size_t I = 0; I < Text.size(); ++I) {
+    const char16_t C = Text[I];
+    if (InComment) {
+      InComment = C != LF && C != CR;
+    } else if (InString) {
+      if (C == u'\\')
+        ++I;
+      else if (C == u'"')
+        InString = false;
+    } else if (C == u';') {
+      InComment = true;
+    } else if (C == u'(') {
+      ++Level;
+      Any = true;
+    } else if (C == u')') {
+      --Level;
+    } else if (C > u' ') {
+      InString = C == u'"';
+      Any = true;
+    }
+  }
+  return Any && Level <= 0 && !InString;
 }
 
 }  // namespace tavo

@@ -101,4 +101,25 @@ class TTavoClipsStream : public TTavoTokenizerStream {
   int32_t FNameCounter = 0;
 };
 
+// A rule-language stream over a file of its own, as "open" makes it: tokens
+// and lines are read from it, and it is written to when the mode has
+// std::ios::out. The file closes with the stream.
+class TTavoClipsFileStream : public TTavoClipsStream {
+  TAVO_CLASS(TTavoClipsFileStream, TTavoClipsStream)
+ public:
+  // Raises SFileOpenError when the file cannot be opened in Mode.
+  TTavoClipsFileStream(const String& FileName, std::ios::openmode Mode, TInferenceEngine* Owner = nullptr);
+  ~TTavoClipsFileStream() override;
+
+ private:
+  TTavoClipsFileStream(std::unique_ptr<std::fstream> File, std::ios::openmode Mode, TInferenceEngine* Owner);
+
+  std::unique_ptr<std::fstream> FFile;
+};
+
+// True when Text holds at least one whole form: something besides blanks
+// and comments, with the parentheses balanced outside strings and
+// comments. What reads input a line at a time asks it before parsing.
+bool IsFormComplete(StringView Text);
+
 }  // namespace tavo

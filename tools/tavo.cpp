@@ -112,35 +112,6 @@ bool RunForms(TInferenceEngine& Engine, std::string Text) {
   return Succeeded;
 }
 
-// True when Text holds at least one whole form: parentheses balance outside
-// strings and comments.
-bool FormComplete(const std::string& Text) {
-  int Level = 0;
-  bool InString = false, InComment = false, Any = false;
-  for (size_t I = 0; I < Text.size(); ++I) {
-    char C = Text[I];
-    if (InComment) {
-      InComment = C != '\n';
-    } else if (InString) {
-      if (C == '\\') ++I;
-      else if (C == '"') InString = false;
-    } else if (C == ';') {
-      InComment = true;
-    } else if (C == '"') {
-      InString = true;
-      Any = true;
-    } else if (C == '(') {
-      ++Level;
-      Any = true;
-    } else if (C == ')') {
-      --Level;
-    } else if (C > ' ') {
-      Any = true;
-    }
-  }
-  return Any && Level <= 0 && !InString;
-}
-
 bool RunPrompt(TInferenceEngine& Engine) {
   bool Succeeded = true;
   std::cout << "Tavo " << Engine.GetVersion() << "; forms are read as they are completed, (exit) or end of input leaves.\n";
@@ -150,7 +121,7 @@ bool RunPrompt(TInferenceEngine& Engine) {
     if (!std::getline(std::cin, Line)) break;
     Pending += Line;
     Pending += '\n';
-    if (!FormComplete(Pending)) continue;
+    if (!IsFormComplete(Utf8ToString(Pending))) continue;
     Succeeded = RunForms(Engine, std::move(Pending)) && Succeeded;
     Pending.clear();
     if (Exiting) break;

@@ -246,3 +246,64 @@ TEST(TavoStreamTokenTest, CopyCompareAndSetValue) {
 
 }  // namespace
 }  // namespace tavo
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace tavo {
+namespace {
+
+TEST(TavoClipsStreamTest, FormsAreCompleteWhenBalancedOutsideStringsAndComments) {
+  EXPECT_TRUE(IsFormComplete(u"word"));
+  EXPECT_TRUE(IsFormComplete(u"(a (b) \"(\" ; (\n)"));
+  EXPECT_TRUE(IsFormComplete(u"(a \"\\\"(\")"));
+  EXPECT_FALSE(IsFormComplete(u"  ; only (a comment\r\n\t"));
+  EXPECT_FALSE(IsFormComplete(u"(a \"b)\""));
+  EXPECT_FALSE(IsFormComplete(u"\"open string"));
+  EXPECT_TRUE(IsFormComplete(u"(a ; b\r c)")) << "a CR ends a comment too";
+}
+
+TEST(TavoClipsStreamTest, AWordEndedByCrLfLeavesTheNextLineWhole) {
+  TTavoClipsStream Stream(String(u"word\r\nnext line\r\n\r\nlast"));
+  EXPECT_EQ(Stream.NextToken()->GetText(), u"word");
+  EXPECT_EQ(Stream.GetLine(), u"next line");
+  EXPECT_EQ(Stream.GetLine(), u"");
+  IStreamToken Last = Stream.NextToken();
+  EXPECT_EQ(Last->GetText(), u"last");
+  EXPECT_EQ(Last->GetLineNumber(), 4);
+}
+
+TEST(TavoClipsStreamTest, FileStreamsReadAndWriteByTheirMode) {
+  const auto Path = std::filesystem::temp_directory_path() / ("tavo-stream-" + std::to_string(getpid()) + ".txt");
+  const String Name = Utf8ToString(Path.string());
+  std::filesystem::remove(Path);
+  EXPECT_EQ(FailureOf([&] { TTavoClipsFileStream(Name, std::ios::in); }),
+            u"Cannot open file \"" + Name + u"\". No such file or directory");
+  {
+    TTavoClipsFileStream Appended(Name, std::ios::out | std::ios::app);
+    Appended.Put(u"(a 1)\r\n");
+  }
+  {
+    TTavoClipsFileStream Appended(Name, std::ios::out | std::ios::app);
+    Appended.Put(u"tail");
+  }
+  TTavoClipsFileStream Read(Name, std::ios::in);
+  EXPECT_EQ(FailureOf([&] { Read.Put(u"x"); }), u"Stream is not open for writing");
+  EXPECT_EQ(Read.NextToken()->GetDataType(), u'(');
+  EXPECT_EQ(Read.NextToken()->GetText(), u"a");
+  EXPECT_EQ(Read.NextToken()->GetNumber(), 1);
+  EXPECT_EQ(Read.NextToken()->GetDataType(), u')');
+  EXPECT_EQ(Read.GetLine(), u"");
+  EXPECT_EQ(Read.GetLine(), u"tail");
+  EXPECT_TRUE(Read.IsEof());
+  {
+    TTavoClipsFileStream Written(Name, std::ios::out | std::ios::trunc);
+  }
+  EXPECT_EQ(std::filesystem::file_size(Path), 0u) << "w empties the file";
+  std::filesystem::remove(Path);
+}
+
+}  // namespace
+}  // namespace tavo
