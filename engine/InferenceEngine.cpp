@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <fstream>
 
 namespace tavo {
 
@@ -730,8 +731,12 @@ void TInferenceEngine::ClearFocusStack() {
 
 void TInferenceEngine::PrintOut(const String& OutID, const String& Text) {
   if (OutID.empty() || OutID == u"t") {
-    // Without a handler the text is lost without a word.
-    if (OnPrintOut) OnPrintOut(this, OutID, Text);
+    // A capture takes the standard channel away from the handler entirely;
+    // without either the text is lost without a word.
+    if (FOutputStream)
+      WriteStringToStream(*FOutputStream, Text, FOutputEncoding);
+    else if (OnPrintOut)
+      OnPrintOut(this, OutID, Text);
     return;
   }
   if (TGTextStream* const* Stream = FIOStreams->Find(OutID)) {
@@ -747,10 +752,42 @@ String TInferenceEngine::ReadLine(const String& InID) {
   if (InID != u"t" && !InID.empty())
     if (TGTextStream* const* Stream = FIOStreams->Find(InID)) return (*Stream)->IsEof() ? String() : (*Stream)->GetLine();
   // Any other name reads the standard channel.
+  if (FInputStream) {
+    // The plain line reader: the tokenizer's own would keep every line as
+    // whitespace of the next token, a whole batch file long.
+    String Line = FInputStream->TGTextStream::GetLine();
+    PrintOut(Line + u"\r\n");
+    return Line;
+  }
   if (!OnReadLine) throw ETavoException(Format(SNoReadFunctionWarning, u"read"));
   String Text;
   OnReadLine(this, InID, Text);
   return Text;
+}
+
+// Capture.
+
+bool TInferenceEngine::StartCapture(std::unique_ptr<std::ostream> Stream, TTextEncoding Encoding) {
+  if (!Stream) return false;
+  if (FOutputStream) {
+    FOutputStream->flush();
+    FFormerCaptures.push_back(std::move(FOutputStream));
+  }
+  FOutputStream = std::move(Stream);
+  FOutputEncoding = Encoding;
+  WritePreambleToStream(*FOutputStream, Encoding);
+  return true;
+}
+
+bool TInferenceEngine::StartCapture(const String& FileName, TTextEncoding Encoding) {
+  auto File = std::make_unique<std::ofstream>(StringToUtf8(FileName), std::ios::binary | std::ios::trunc);
+  if (!*File) return false;
+  return StartCapture(std::move(File), Encoding);
+}
+
+bool TInferenceEngine::StopCapture() {
+  FOutputStream.reset();
+  return true;
 }
 
 // The run cycle.

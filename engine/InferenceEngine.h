@@ -1,6 +1,7 @@
 // The inference engine: the one object a host creates and drives.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <mutex>
 
@@ -371,16 +372,35 @@ class TInferenceEngine : public TComponent,
   virtual void FunctionRemoved(const IUserFunction& Function);
 
   // Output. "t" and the empty name are the standard channel, which goes to
-  // OnPrintOut; a name that no stream holds raises without a handler and is
-  // passed over with one.
+  // the capture while one is on and to OnPrintOut otherwise; a name that no
+  // stream holds raises without a handler and is passed over with one.
   virtual void PrintOut(const String& OutID, const String& Text);
   void PrintOut(const String& Text) { PrintOut(String(), Text); }
-  // Input: a line, or a token of the rule language, from the standard
-  // channel through the host's handlers, which must block until input is
-  // there. Without a handler the host is told it has to supply one.
+  // Input: a line, or a token of the rule language, from a named stream,
+  // else from the batch being read (echoed on the standard channel), else
+  // through the host's handlers, which must block until input is there.
+  // Without any of them the host is told it has to supply a handler.
   virtual String ReadLine(const String& InID);
   // Defined with the lexer, whose tokens it gives.
   virtual IStreamToken ReadToken(const String& InID);
+
+  // Runs the forms of a text stream, or of a file, with execution on; read
+  // and readline of the standard channel take the stream's next lines
+  // meanwhile. A file that cannot be opened gives false; a failing form
+  // raises and ends the batch. Defined with the parser.
+  virtual bool Batch(std::istream& Stream, TTextEncoding Encoding = teDefault);
+  bool Batch(const String& FileName, TTextEncoding Encoding = teDefault);
+  // The batch stream being read, or null.
+  TGTextStream* GetInputStream() const { return FInputStream; }
+  // Sends the standard channel's output to Stream, which the engine takes,
+  // starting with the encoding's preamble. A capture that was on already
+  // is no longer written but stays alive, as its owner may still read it,
+  // until the engine goes. A file that cannot be created gives false.
+  virtual bool StartCapture(std::unique_ptr<std::ostream> Stream, TTextEncoding Encoding = teDefault);
+  bool StartCapture(const String& FileName, TTextEncoding Encoding = teDefault);
+  // Frees the capture stream; output goes to OnPrintOut again.
+  virtual bool StopCapture();
+  bool GetCapturing() const { return FOutputStream != nullptr; }
 
   // How many activations the current agenda holds.
   int GetAgendaCount() const;
@@ -582,6 +602,13 @@ class TInferenceEngine : public TComponent,
   float FFuzzyEqualsThreshold = 0.01f;
   float FMinActivationStrength = 0;
   std::unique_ptr<TIOStreams> FIOStreams;
+  // The capture, and those that a later capture took the place of, which
+  // live on unwritten until the engine goes.
+  std::unique_ptr<std::ostream> FOutputStream;
+  TTextEncoding FOutputEncoding = teDefault;
+  std::vector<std::unique_ptr<std::ostream>> FFormerCaptures;
+  // A tokenizer of the language layer while a batch runs.
+  TGTextStream* FInputStream = nullptr;
   std::unique_ptr<TTavoContext> FGlobalContext;
   const TClass* FParserType = nullptr;
   std::unique_ptr<TObject> FParser;

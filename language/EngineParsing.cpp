@@ -1,6 +1,9 @@
 // The engine's reading of rule-language text. The engine sits below the
 // parser, so the operations that use it are defined here.
 #include "engine/InferenceEngine.h"
+
+#include <fstream>
+
 #include "language/TavoClipsParser.h"
 
 namespace tavo {
@@ -81,11 +84,46 @@ void TInferenceEngine::Retract(const String& Text) {
 IStreamToken TInferenceEngine::ReadToken(const String& InID) {
   if (TGTextStream* const* Stream = GetIOStreams()->Find(InID))
     if (auto* Tokens = dynamic_cast<TTavoTokenizerStream*>(*Stream)) return Tokens->NextToken();
+  if (FInputStream) {
+    IStreamToken Token = static_cast<TTavoTokenizerStream*>(FInputStream)->NextToken();
+    PrintOut((Token->GetText().empty() ? Token->ToString() : Token->GetText()) + u"\r\n");
+    return Token;
+  }
   // The function name in the warning is "readline", as it stands.
   if (!OnReadToken) throw ETavoException(Format(SNoReadFunctionWarning, u"readline"));
   IStreamToken Token;
   OnReadToken(this, InID, Token);
   return Token ? Token : Make<TTavoStreamToken>(0, String(u"EOF"), 0);
+}
+
+bool TInferenceEngine::Batch(std::istream& Stream, TTextEncoding Encoding) {
+  TTavoClipsStream Tokenizer(Stream, Encoding, this);
+  struct TRestore {
+    TGTextStream*& Input;
+    TGTextStream* Previous;
+    ~TRestore() { Input = Previous; }
+  } Restore{FInputStream, FInputStream};
+  FInputStream = &Tokenizer;
+  // A form may span lines: lines gather until the parentheses balance
+  // outside strings and comments, and only then is the form parsed. A read
+  // inside the form then takes the line after it, and nothing further has
+  // been read ahead.
+  String Form;
+  while (!Tokenizer.IsEof()) {
+    Form += Tokenizer.TGTextStream::GetLine();
+    Form += u"\r\n";
+    if (!IsFormComplete(Form) && !Tokenizer.IsEof()) continue;
+    String Text;
+    Text.swap(Form);
+    Parse(Text, true);
+  }
+  return true;
+}
+
+bool TInferenceEngine::Batch(const String& FileName, TTextEncoding Encoding) {
+  std::ifstream File(StringToUtf8(FileName), std::ios::binary);
+  if (!File) return false;
+  return Batch(File, Encoding);
 }
 
 }  // namespace tavo

@@ -4,8 +4,13 @@
 
 #include "tests/TestSupport.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <thread>
 
 namespace tavo {
@@ -189,6 +194,84 @@ TEST(InferenceEngineTest, OutputGoesToTheHandlerOrNowhere) {
   Engine.PrintOut(u"t", u"hello");
   Engine.PrintOut(u"nosuch", u"x");  // passed over, the handler is not called
   EXPECT_EQ(Calls, 1);
+}
+
+TEST(InferenceEngineTest, CaptureTakesTheStandardChannelOnly) {
+  TRecordedEngine R;
+  std::ostringstream Written;
+  auto* Log = new TGTextStream(std::string());
+  Log->SetOutput(&Written);
+  R.Engine.GetIOStreams()->AddStream(u"log", Log);
+  auto Capture = std::make_unique<std::ostringstream>();
+  std::ostringstream& Captured = *Capture;
+  ASSERT_TRUE(R.Engine.StartCapture(std::move(Capture), teDefault));
+  EXPECT_TRUE(R.Engine.GetCapturing());
+  R.Engine.PrintOut(u"t", u"one ");
+  R.Engine.PrintOut(u"two\u00e9");
+  R.Engine.PrintOut(u"log", u"named");
+  R.Engine.PrintOut(u"nosuch", u"lost");
+  EXPECT_EQ(Captured.str(), "\xEF\xBB\xBFone two\xC3\xA9");
+  EXPECT_EQ(Written.str(), "named");
+  EXPECT_EQ(R.Printed, u"") << "the handler hears nothing while the capture is on";
+  EXPECT_TRUE(R.Engine.StopCapture());
+  EXPECT_FALSE(R.Engine.GetCapturing());
+  R.Engine.PrintOut(u"t", u"back");
+  EXPECT_EQ(R.Printed, u"back");
+}
+
+TEST(InferenceEngineTest, CaptureWritesInItsEncodingFromThePreambleOn) {
+  TInferenceEngine Engine;
+  auto Capture = std::make_unique<std::ostringstream>();
+  std::ostringstream& Captured = *Capture;
+  Engine.StartCapture(std::move(Capture), teUTF16BE);
+  Engine.PrintOut(u"A\u00e9");
+  EXPECT_EQ(Captured.str(), std::string("\xFE\xFF\0A\0\xE9", 6));
+}
+
+TEST(InferenceEngineTest, ASecondCaptureLeavesTheFirstAliveAndUnwritten) {
+  TInferenceEngine Engine;
+  auto First = std::make_unique<std::ostringstream>();
+  auto Second = std::make_unique<std::ostringstream>();
+  std::ostringstream& FirstText = *First;
+  std::ostringstream& SecondText = *Second;
+  Engine.StartCapture(std::move(First), teUTF16LE);
+  Engine.PrintOut(u"a");
+  Engine.StartCapture(std::move(Second), teUTF8);
+  Engine.PrintOut(u"b");
+  EXPECT_EQ(FirstText.str(), std::string("\xFF\xFE" "a\0", 4));
+  EXPECT_EQ(SecondText.str(), "\xEF\xBB\xBF" "b");
+  Engine.StopCapture();
+  EXPECT_EQ(FirstText.str().size(), 4u) << "still alive after the second capture stops";
+}
+
+TEST(InferenceEngineTest, WatchLinesNeedTheHandlerEvenDuringACapture) {
+  TInferenceEngine Engine;
+  auto Capture = std::make_unique<std::ostringstream>();
+  std::ostringstream& Captured = *Capture;
+  Engine.StartCapture(std::move(Capture), teUTF8);
+  Engine.SetWatch({cwFact});
+  Engine.Assert(u"(seen one)");
+  EXPECT_EQ(Captured.str(), "\xEF\xBB\xBF") << "no handler, no trace";
+  int HandlerCalls = 0;
+  Engine.OnPrintOut = [&](TObject*, const String&, const String&) { ++HandlerCalls; };
+  Engine.Assert(u"(seen two)");
+  EXPECT_EQ(Captured.str(), "\xEF\xBB\xBF ==> f-2 (seen two)\r\n");
+  EXPECT_EQ(HandlerCalls, 0);
+}
+
+TEST(InferenceEngineTest, CaptureToAFileIsClosedByStop) {
+  const auto Path = std::filesystem::temp_directory_path() / ("tavo-capture-" + std::to_string(getpid()) + ".txt");
+  const String Name = Utf8ToString(Path.string());
+  TInferenceEngine Engine;
+  EXPECT_FALSE(Engine.StartCapture(Name + u".missing/inside.txt"));
+  EXPECT_FALSE(Engine.GetCapturing());
+  ASSERT_TRUE(Engine.StartCapture(Name));
+  Engine.PrintOut(u"t", u"kept\r\n");
+  Engine.StopCapture();
+  std::ifstream File(Path, std::ios::binary);
+  std::string Contents((std::istreambuf_iterator<char>(File)), std::istreambuf_iterator<char>());
+  EXPECT_EQ(Contents, "\xEF\xBB\xBFkept\r\n");
+  std::filesystem::remove(Path);
 }
 
 TEST(InferenceEngineTest, LockIsReentrantAndHoldsOtherThreadsOff) {
