@@ -713,18 +713,23 @@ void TReadLineFunction::InitMetaData() {
   SetMetaData(u"readline", u"Reads one line from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
 }
 
-// With no input left the answer is the end-of-file symbol, as read gives:
-// a named stream at its end, or a channel whose line is that symbol's text,
-// which is how a host's OnReadLine reports the end of its input.
+// With no input left the answer is the end-of-file symbol, as read gives.
+// The engine's ReadLine gives an empty line at the end of a stream, which
+// cannot be told from an empty line of the text, so the end of the stream
+// it would read (a named one, else the batch being read) is tested here
+// first. A host's OnReadLine reports its end as that symbol's text.
 void TReadLineFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
   String Name = InputName(FunCall, Context);
+  TGTextStream* Source = nullptr;
   if (Name != u"t" && !Name.empty())
-    if (TGTextStream* const* Stream = Engine.GetIOStreams()->Find(Name); Stream && (*Stream)->IsEof()) {
-      Result = FCEOF;
-      return;
-    }
+    if (TGTextStream* const* Stream = Engine.GetIOStreams()->Find(Name)) Source = *Stream;
+  if (!Source) Source = Engine.GetInputStream();
+  if (Source && Source->IsEof()) {
+    Result = FCEOF;
+    return;
+  }
   String Line = Engine.ReadLine(Name);
   Result = Line == FCEOF->GetText() ? FCEOF : Make<TTavoValue>(std::move(Line), dtString);
 }
@@ -791,6 +796,13 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TFormatFunction>());
   Functions.Add(Make<TReadFunction>());
   Functions.Add(Make<TReadLineFunction>());
+  Functions.Add(Make<TOpenFunction>());
+  Functions.Add(Make<TCloseFunction>());
+  Functions.Add(Make<TBatchFunction>());
+  Functions.Add(Make<TDribbleOnFunction>());
+  Functions.Add(Make<TDribbleOffFunction>());
+  Functions.Add(Make<TRemoveFunction>());
+  Functions.Add(Make<TRenameFunction>());
 }
 
 }  // namespace tavo

@@ -1,5 +1,6 @@
 // The standard package: control flow, comparison, the engine's storage and
-// run control, watches, and printing. Every engine gets it by default.
+// run control, watches, printing, files and logical names. Every engine
+// gets it by default.
 #pragma once
 
 #include "packages/TavoPackages.h"
@@ -87,6 +88,15 @@ TAVO_STANDARD_FUNCTION(TLoadFunction)
 TAVO_STANDARD_FUNCTION(TSaveFunction)
 TAVO_STANDARD_FUNCTION(TLoadFactsFunction)
 TAVO_STANDARD_FUNCTION(TSaveFactsFunction)
+
+// Files, logical names, batch and capture.
+TAVO_STANDARD_FUNCTION(TOpenFunction)
+TAVO_STANDARD_FUNCTION(TCloseFunction)
+TAVO_STANDARD_FUNCTION(TBatchFunction)
+TAVO_STANDARD_FUNCTION(TDribbleOnFunction)
+TAVO_STANDARD_FUNCTION(TDribbleOffFunction)
+TAVO_STANDARD_FUNCTION(TRemoveFunction)
+TAVO_STANDARD_FUNCTION(TRenameFunction)
 
 #undef TAVO_STANDARD_FUNCTION
 

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include "language/TavoClipsStream.h"
@@ -43,6 +47,15 @@ TEST(EngineParsingTest, BatchRunsFormsOverLinesAndFeedsReadsFromItsNextLines) {
   EXPECT_EQ(B.Engine.GetInputStream(), nullptr);
 }
 
+TEST(EngineParsingTest, BatchInputEndsWithTheEndOfFileSymbol) {
+  TBatching B;
+  B.Batch("(bind ?word (read))");
+  B.Batch("(bind ?line (readline))");
+  B.Batch("(printout t ?word \" \" (eq ?line EOF) crlf)");
+  // The echo of the token, then the value of bind; readline echoes nothing.
+  EXPECT_EQ(B.Printed, u"EOF\r\nEOF\r\nEOF\r\nEOF TRUE\r\n");
+}
+
 TEST(EngineParsingTest, NamedStreamsComeBeforeTheBatchAndTheBatchBeforeTheHandlers) {
   TBatching B;
   int HandlerCalls = 0;
@@ -64,6 +77,15 @@ TEST(EngineParsingTest, BatchGivesItsInputBackOnEveryWayOut) {
   EXPECT_EQ(B.Printed, u"before\r\n") << "the batch ends at the failing form";
   EXPECT_EQ(B.Engine.GetInputStream(), nullptr);
   EXPECT_EQ(FailureOf([&] { B.Engine.ReadLine(u"t"); }).rfind(u"The read event has not been implemented", 0), 0u);
+}
+
+TEST(EngineParsingTest, ABatchFileInsideABatchReadsItsOwnLines) {
+  const auto Path = std::filesystem::temp_directory_path() / ("tavo-batch-" + std::to_string(getpid()) + ".clp");
+  std::ofstream(Path, std::ios::binary) << "\xEF\xBB\xBF(printout t \"inner \" (read) crlf)\r\ninner-word\r\n";
+  TBatching B;
+  EXPECT_TRUE(B.Batch("(batch \"" + Path.string() + "\")\n(printout t \"outer \" (read) crlf)\nouter-word\n"));
+  EXPECT_EQ(B.Printed, u"inner-word\r\ninner inner-word\r\nTRUE\r\nouter-word\r\nouter outer-word\r\n");
+  std::filesystem::remove(Path);
 }
 
 TEST(EngineParsingTest, BatchOfAMissingFileGivesFalse) {
