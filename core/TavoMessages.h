@@ -10,9 +10,6 @@ inline constexpr char16_t SInvalidVariableName[] =
     u"Invalid expert system name, \"%s\", name must not contain any of the following characters:  '\"#()[]:$&;<>";
 inline constexpr char16_t SInvalidFileAccess[] =
     u"Invalid File Access Specifier: \"%s\"";
-// The file layer's failures.
-inline constexpr char16_t SCannotOpenFile[] = u"Cannot open file \"%s\"";
-inline constexpr char16_t SCannotCreateFile[] = u"Cannot create file \"%s\"";
 inline constexpr char16_t SNoContext[] =
     u"No context found when trying to resolve a %s value";
 inline constexpr char16_t SMissingNumeric[] =

@@ -63,16 +63,12 @@ String NowText() {
   return Utf8ToString(Buffer);
 }
 
-std::ofstream CreateFile(const String& FileName) {
-  std::ofstream File(StringToUtf8(FileName), std::ios::binary | std::ios::trunc);
-  if (!File) throw ETavoException(Format(SCannotCreateFile, FileName));
-  return File;
+std::unique_ptr<std::fstream> CreateFile(const String& FileName) {
+  return OpenFileStream(FileName, std::ios::out | std::ios::binary | std::ios::trunc);
 }
 
-std::ifstream OpenFile(const String& FileName) {
-  std::ifstream File(StringToUtf8(FileName), std::ios::binary);
-  if (!File) throw ETavoException(Format(SCannotOpenFile, FileName));
-  return File;
+std::unique_ptr<std::fstream> OpenFile(const String& FileName) {
+  return OpenFileStream(FileName, std::ios::in | std::ios::binary);
 }
 
 // Writes Text behind the encoding's byte-order mark.
@@ -152,15 +148,13 @@ void TInferenceEngine::SaveToStream(std::ostream& Stream, TTextEncoding Encoding
 }
 
 void TInferenceEngine::SaveToFile(const String& FileName, TTextEncoding Encoding) {
-  std::ofstream File = CreateFile(FileName);
-  SaveToStream(File, Encoding);
+  SaveToStream(*CreateFile(FileName), Encoding);
 }
 
 void TInferenceEngine::LoadFromStream(std::istream& Stream, TTextEncoding Encoding) { Parse(Stream, Encoding); }
 
 void TInferenceEngine::LoadFromFile(const String& FileName, TTextEncoding Encoding) {
-  std::ifstream File = OpenFile(FileName);
-  LoadFromStream(File, Encoding);
+  LoadFromStream(*OpenFile(FileName), Encoding);
 }
 
 // Facts.
@@ -186,8 +180,7 @@ void TInferenceEngine::SaveFacts(std::ostream& Stream, const String& TemplateNam
 
 void TInferenceEngine::SaveFactsToFile(const String& FileName, const std::vector<String>& TemplateNames,
                                        TTextEncoding Encoding) {
-  std::ofstream File = CreateFile(FileName);
-  SaveFacts(File, TemplateNames, Encoding);
+  SaveFacts(*CreateFile(FileName), TemplateNames, Encoding);
 }
 
 void TInferenceEngine::LoadFacts(std::istream& Stream, TTextEncoding Encoding) {
@@ -198,8 +191,7 @@ void TInferenceEngine::LoadFacts(std::istream& Stream, TTextEncoding Encoding) {
 }
 
 void TInferenceEngine::LoadFactsFromFile(const String& FileName, TTextEncoding Encoding) {
-  std::ifstream File = OpenFile(FileName);
-  LoadFacts(File, Encoding);
+  LoadFacts(*OpenFile(FileName), Encoding);
 }
 
 // One collection at a time.
@@ -246,20 +238,18 @@ void TInferenceEngine::LoadModules(std::istream& Stream, TTextEncoding Encoding)
   Parse(Stream, Encoding);
 }
 
-#define TAVO_FILE_FORM(Name, StreamType, Open)                                        \
+#define TAVO_FILE_FORM(Name)                                                          \
   void TInferenceEngine::Name##ToFile(const String& FileName, TTextEncoding Encoding) { \
-    StreamType File = Open(FileName);                                                  \
-    Name(File, Encoding);                                                              \
+    Name(*CreateFile(FileName), Encoding);                                             \
   }
-TAVO_FILE_FORM(SaveDefinedTypes, std::ofstream, CreateFile)
-TAVO_FILE_FORM(SaveFactTemplates, std::ofstream, CreateFile)
-TAVO_FILE_FORM(SaveRules, std::ofstream, CreateFile)
-TAVO_FILE_FORM(SaveModules, std::ofstream, CreateFile)
+TAVO_FILE_FORM(SaveDefinedTypes)
+TAVO_FILE_FORM(SaveFactTemplates)
+TAVO_FILE_FORM(SaveRules)
+TAVO_FILE_FORM(SaveModules)
 #undef TAVO_FILE_FORM
 #define TAVO_FILE_FORM(Name)                                                            \
   void TInferenceEngine::Name##FromFile(const String& FileName, TTextEncoding Encoding) { \
-    std::ifstream File = OpenFile(FileName);                                             \
-    Name(File, Encoding);                                                                \
+    Name(*OpenFile(FileName), Encoding);                                                 \
   }
 TAVO_FILE_FORM(LoadDefinedTypes)
 TAVO_FILE_FORM(LoadFactTemplates)

@@ -291,9 +291,10 @@ TEST(SaveLoad, FilesRoundTripAndAMissingFileRaises) {
   Target.LoadFromFile(File);
   EXPECT_EQ(StringToUtf8(WithoutStamp(Target.GetExpertSystem(true))),
             StringToUtf8(WithoutStamp(Source.GetExpertSystem(true))));
-  EXPECT_EQ(FailureOf([&] { Target.LoadFromFile(File + u".none"); }), u"Cannot open file \"" + File + u".none\"");
+  EXPECT_EQ(FailureOf([&] { Target.LoadFromFile(File + u".none"); }),
+            u"Cannot open file \"" + File + u".none\". No such file or directory");
   EXPECT_EQ(FailureOf([&] { Target.SaveToFile(Utf8ToString((Dir / "no" / "such.clp").string())); }).rfind(
-                u"Cannot create file", 0),
+                u"Cannot open file", 0),
             0u);
   fs::remove_all(Dir);
 }
