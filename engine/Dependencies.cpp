@@ -210,6 +210,16 @@ void TInferenceEngine::ReplaceTemplate(const IFactTemplate& Old, const IFactTemp
     FNullFact = New->NewFact();
     FCurrentModule->ImportEngine();
   }
+  // Fact-set entries are read against the new template now, so that a
+  // reset does not meet one that no longer reads: such an entry is
+  // emptied, as if its template had gone.
+  for (TFactSet* Set : *FFactSets)
+    for (int I = 0; I < Set->Count(); ++I)
+      if (!Set->GetParsedFact(I) && HeadOf(Set->GetText(I)) == New->GetTemplateName()) try {
+          Set->GetFact(I);
+        } catch (const EMekException&) {
+          Set->ClearFact(I);
+        }
   UpdateDependencies(List);
 }
 

@@ -612,11 +612,14 @@ void TRules::Clear() {
   std::vector<TRule*> Items;
   Items.swap(FItems);
   FNames.Clear();
-  TReteNetwork* Network = FModule ? FModule->GetRete() : nullptr;
   for (TRule* Rule : Items) {
-    if (Network) Network->RemoveRule(Rule);
-    if (Rule->GetOwner() == FEngine)
-      FEngine->FreeRule(Rule);
+    if (FEngine) {
+      FEngine->RetireRule(Rule, true);
+      continue;
+    }
+    if (FModule && FModule->GetRete()) FModule->GetRete()->RemoveRule(Rule);
+    if (!Rule->GetOwner())
+      delete Rule;
     else
       Rule->SetEngine(nullptr);
   }

@@ -876,25 +876,33 @@ void TInferenceEngine::AddRule(TRule* Rule) {
 
 void TInferenceEngine::RemoveRule(TRule* Rule) {
   if (OnRemoveRule) OnRemoveRule(this, Rule);
-  for (int I = 0; I < FModules.Count(); ++I)
-    if (TReteNetwork* Network = FModules.Get(I)->GetRete()) Network->RemoveRule(Rule);
-  FreeRule(Rule);
+  RetireRule(Rule, false);
 }
 
-void TInferenceEngine::FreeRule(TRule* Rule) {
-  if (Rule->IsDestroying() || Rule->GetOwner() != this) return;
-  // A rule that goes while rules fire may be the one firing, or one whose
-  // firing encloses the current one: it is freed once no firing is under way.
-  if (FCurrentAgendaItem)
-    FRetiredRules.push_back(Rule);
-  else
+void TInferenceEngine::RetireRule(TRule* Rule, bool Detach) {
+  // A rule that goes while rules fire may be the one firing, whose node
+  // the firing still uses, or one whose firing encloses the current one:
+  // it leaves the network, and is freed, once no firing is under way.
+  // Whatever it is activated by meanwhile leaves the agenda with it.
+  if (FCurrentAgendaItem) {
+    FRetiredRules.push_back({Rule, Detach});
+    return;
+  }
+  for (int I = 0; I < FModules.Count(); ++I)
+    if (TReteNetwork* Network = FModules.Get(I)->GetRete()) Network->RemoveRule(Rule);
+  if (Rule->IsDestroying()) return;
+  if (Rule->GetOwner() == this)
     delete Rule;
+  else if (Detach)
+    Rule->SetEngine(nullptr);
 }
 
 void TInferenceEngine::FreeRetiredRules() {
-  std::vector<TRule*> Rules;
-  Rules.swap(FRetiredRules);
-  for (TRule* Rule : Rules) delete Rule;
+  while (!FRetiredRules.empty()) {
+    std::vector<std::pair<TRule*, bool>> Rules;
+    Rules.swap(FRetiredRules);
+    for (const auto& [Rule, Detach] : Rules) RetireRule(Rule, Detach);
+  }
 }
 
 void TInferenceEngine::RuleChange(TRule* Rule) {

@@ -133,8 +133,10 @@ class TInferenceEngine : public TComponent,
   // OnRemoveRule; the rule leaves the network, and is freed unless it is
   // already going or belongs to another owner.
   virtual void RemoveRule(TRule* Rule);
-  // Frees a rule the engine owns; during a firing, once the firing is over.
-  void FreeRule(TRule* Rule);
+  // Takes a rule out of the networks and frees it when the engine owns it;
+  // Detach tells a rule of another owner that it has no engine. During a
+  // firing, all this waits until no firing is under way.
+  void RetireRule(TRule* Rule, bool Detach);
   // A changed rule leaves the network and is compiled anew, when the rule
   // list holds this very rule under its name.
   void RuleChange(TRule* Rule) override;
@@ -554,7 +556,7 @@ class TInferenceEngine : public TComponent,
   void RemoveActivationAt(int Index, bool Free);
   void PrintStatistics();
   void FreeRetiredRules();
-  std::vector<TRule*> FRetiredRules;
+  std::vector<std::pair<TRule*, bool>> FRetiredRules;
   void RemoveTemplateFrom(const IModule& Module, const IFactTemplate& Template, bool FromTable);
   void RemovePendingFacts(const IFactTemplate& Template);
   void RemoveFactsOf(const IFactTemplate& Template, TDependants* List);

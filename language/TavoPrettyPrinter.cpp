@@ -213,7 +213,9 @@ String PrettyPrint(const TFactSet& FactSet, bool Qualify) {
   if (!FactSet.GetComment().empty()) Result += u" " + Quoted(FactSet.GetComment());
   // A line's fact is read from its text when first asked for; the text is
   // what the set was given, and prints as it stands.
-  for (int I = 0; I < FactSet.Count(); ++I) Result += CRLF + Indent + IndentLines(FactSet.GetText(I), Indent);
+  // An entry emptied when its template went prints nothing.
+  for (int I = 0; I < FactSet.Count(); ++I)
+    if (!FactSet.GetText(I).empty()) Result += CRLF + Indent + IndentLines(FactSet.GetText(I), Indent);
   return Result + u")";
 }
 

@@ -653,6 +653,11 @@ void TMiscPackage::CreateFunctions() {
   Functions.Add(Make<TSetGenFunction>());
   Functions.Add(Make<TGuardFunction>());
   Functions.Add(Make<TTavoParseFunction>());
+  Functions.Add(Make<TUnDefTypeFunction>());
+  Functions.Add(Make<TUnDefRuleFunction>());
+  Functions.Add(Make<TUnDefFactsFunction>());
+  Functions.Add(Make<TUnDefFunctionFunction>());
+  Functions.Add(Make<TUnDefTemplateFunction>());
   for (TPrettyPrintFunctionType Type :
        {ppfFactSet, ppfUserFunction, ppfFactTemplate, ppfRule, ppfDefType, ppfDefModule})
     Functions.Add(Make<TPrettyPrintFunction>(Type));

@@ -69,6 +69,13 @@ TAVO_MISC_FUNCTION(TSetGenFunction)
 TAVO_MISC_FUNCTION(TGuardFunction)
 TAVO_MISC_FUNCTION(TTavoParseFunction)
 
+// Removing constructs.
+TAVO_MISC_FUNCTION(TUnDefTypeFunction)
+TAVO_MISC_FUNCTION(TUnDefRuleFunction)
+TAVO_MISC_FUNCTION(TUnDefFactsFunction)
+TAVO_MISC_FUNCTION(TUnDefFunctionFunction)
+TAVO_MISC_FUNCTION(TUnDefTemplateFunction)
+
 #undef TAVO_MISC_FUNCTION
 
 enum TListVariablesFunctionType { lvDefGlobals, lvBindings };
