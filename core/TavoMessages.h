@@ -345,4 +345,11 @@ inline constexpr char16_t SRecursionTooDeep[] = u"Function calls nested more tha
 inline constexpr char16_t SStackExhausted[] =
     u"Function calls nested too deeply: the stack ran out after %d levels of deffunction calls in %s";
 
+// Messages of the date and time functions.
+inline constexpr char16_t SInvalidDateTimeText[] = u"Invalid %s text, expected %s: \"%s\"";
+inline constexpr char16_t SInvalidDate[] = u"Invalid date: year %d, month %d, day %d";
+inline constexpr char16_t SInvalidTime[] = u"Invalid time: hour %d, minute %d, second %d, millisecond %d";
+inline constexpr char16_t SDateTimeOutOfRange[] =
+    u"Date-time number out of range, the years run from 1 to 9999: %g";
+
 }  // namespace tavo

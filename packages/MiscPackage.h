@@ -1,6 +1,7 @@
 // Miscellaneous functions of the rule language: listings of what the engine
 // holds, questions about its knowledge, its checking settings, guard and
-// parse. More join the package as their constructs arrive.
+// parse, and the calendar of date-time numbers (DateTimeFunctions.cpp).
+// More join the package as their constructs arrive.
 #pragma once
 
 #include "packages/TavoPackages.h"
@@ -134,6 +135,49 @@ class TPrettyPrintFunction : public TTavoUserFunction {
  private:
   TPrettyPrintFunctionType FType;
 };
+
+// Date-time numbers count days from 1899-12-30, which is day 0, in the
+// proleptic Gregorian calendar; the time of day is the fraction. A number's
+// day is its floor, so days before 1899-12-30 are negative and a date plus a
+// time is their sum: -0.75 is 1899-12-29 06:00. Years run from 1 to 9999,
+// and a number decodes to the nearest millisecond.
+struct TDateTimeParts {
+  int Year = 1899;
+  int Month = 12;
+  int Day = 30;
+  int Hour = 0;
+  int Minute = 0;
+  int Second = 0;
+  int Millisecond = 0;
+  int DayOfWeek = 6;  // 0 is Sunday
+};
+
+// The day number of a date; SInvalidDate for no such date.
+double EncodeDate(int Year, int Month, int Day);
+// The fraction of a day; SInvalidTime outside 00:00:00.000 to 23:59:59.999.
+double EncodeTime(int Hour, int Minute, int Second, int Millisecond);
+// SDateTimeOutOfRange outside the years 1 to 9999, and for NaN.
+TDateTimeParts DecodeDateTime(double Value);
+
+// The text forms of date-time numbers, fixed whatever the host's locale:
+// "YYYY-MM-DD", "HH:MM:SS" and "YYYY-MM-DD HH:MM:SS", the seconds followed
+// by ".mmm" when the milliseconds are not 0.
+enum TDateTimeText { dttDate, dttTime, dttDateTime };
+
+String DateTimeToText(double Value, TDateTimeText Kind);
+// Reads what DateTimeToText writes, and also numbers with fewer digits
+// ("2024-3-5 9:05"), times without seconds, one to three digits of a
+// second's fraction, a "T" between date and time, and a date alone as a
+// date-time. Blanks around the text are ignored. SInvalidDateTimeText for
+// anything else.
+double TextToDateTime(StringView Text, TDateTimeText Kind);
+// The number written by a pattern; the letters, in either case:
+//   yyyy year, yy its last two digits;   m mm month, mmm Jan, mmmm January;
+//   d dd day, ddd Sun, dddd Sunday;      h hh hour (0 to 23);
+//   n nn minute;   s ss second;          z milliseconds, zzz with three digits.
+// The doubled letters pad to two digits. Text in single or double quotes is
+// copied as it is, and so is every other character.
+String FormatDateTime(StringView Pattern, double Value);
 
 class TMiscPackage : public TUserPackage {
   TAVO_CLASS(TMiscPackage, TUserPackage)
