@@ -1,8 +1,10 @@
-// The calendar under the miscellaneous package's date and time functions:
-// date-time numbers to parts and back, and to text and back.
+// The miscellaneous package's date and time functions, and the calendar
+// under them: date-time numbers to parts and back, to text and back, and the
+// local clock.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <ctime>
 
 #include "packages/MiscPackage.h"
 
@@ -110,6 +112,21 @@ String PatternNumber(int Value, size_t Letters, int Padded = 2) {
 
 // A name of a pattern: its first three letters, or whole for four letters or more.
 String PatternName(const char16_t* Name, size_t Letters) { return Letters >= 4 ? String(Name) : String(Name, 3); }
+
+// Now on the local clock, to the millisecond.
+double LocalNow() {
+  const auto Now = system_clock::now();
+  const auto Whole = floor<seconds>(Now);
+  const std::time_t Seconds = system_clock::to_time_t(Whole);
+  std::tm Local{};
+  localtime_r(&Seconds, &Local);
+  // A leap second counts as the last second of its minute.
+  return EncodeDate(Local.tm_year + 1900, Local.tm_mon + 1, Local.tm_mday) +
+         EncodeTime(Local.tm_hour, Local.tm_min, std::min(Local.tm_sec, 59),
+                    int(duration_cast<milliseconds>(Now - Whole).count()));
+}
+
+ITavoValue FloatValue(double Value) { return Make<TTavoValue>(Value); }
 
 }  // namespace
 
@@ -227,6 +244,142 @@ String FormatDateTime(StringView Pattern, double Value) {
     I += Run;
   }
   return Result;
+}
+
+void TTimeFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  SetMetaData(u"time", u"Returns the seconds since midnight on the local clock, with their fraction", u"", 0, 0);
+}
+
+void TTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const double Now = LocalNow();
+  Result = FloatValue((Now - std::floor(Now)) * 86400.0);
+}
+
+void TSystemDateTimeFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  switch (FType) {
+    case sdtDateTime:
+      SetMetaData(u"system-datetime", u"Returns the date and time now on the local clock as a date-time number", u"",
+                  0, 0);
+      break;
+    case sdtDate:
+      SetMetaData(u"system-date", u"Returns today on the local clock as a date-time number, a whole number of days",
+                  u"", 0, 0);
+      break;
+    case sdtTime:
+      SetMetaData(u"system-time", u"Returns the time of day on the local clock as a fraction of a day", u"", 0, 0);
+      break;
+  }
+}
+
+void TSystemDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const double Now = LocalNow();
+  const double Today = std::floor(Now);
+  Result = FloatValue(FType == sdtDateTime ? Now : FType == sdtDate ? Today : Now - Today);
+}
+
+void TDateTimeStringFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  switch (FType) {
+    case dtsStrDateTime:
+      SetMetaData(u"str-datetime", u"Returns the date-time number of a text such as \"2024-02-29 13:45:00\"",
+                  u"<string-expression>", 1, 1);
+      break;
+    case dtsStrDate:
+      SetMetaData(u"str-date", u"Returns the date-time number of a date text such as \"2024-02-29\"",
+                  u"<string-expression>", 1, 1);
+      break;
+    case dtsStrTime:
+      SetMetaData(u"str-time", u"Returns the date-time number of a time text such as \"13:45:00.250\"",
+                  u"<string-expression>", 1, 1);
+      break;
+    case dtsDateTimeStr:
+      SetMetaData(u"datetime-str", u"Returns the date and time of a date-time number as YYYY-MM-DD HH:MM:SS",
+                  u"<numeric-expression>", 1, 1);
+      break;
+    case dtsDateStr:
+      SetMetaData(u"date-str", u"Returns the date of a date-time number as YYYY-MM-DD", u"<numeric-expression>", 1,
+                  1);
+      break;
+    case dtsTimeStr:
+      SetMetaData(u"time-str", u"Returns the time of a date-time number as HH:MM:SS", u"<numeric-expression>", 1, 1);
+      break;
+    case dtsDateTimeStrFormat:
+      SetMetaData(u"datetime-str-format",
+                  u"Returns a date-time number written by a pattern of yyyy, yy, m, mm, mmm, mmmm, d, dd, ddd, dddd, "
+                  u"h, hh, n, nn, s, ss, z, zzz and quoted text",
+                  u"<format-string-expression> <numeric-expression>", 2, 2);
+      break;
+  }
+}
+
+void TDateTimeStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  switch (FType) {
+    case dtsStrDateTime:
+    case dtsStrDate:
+    case dtsStrTime: {
+      const TDateTimeText Kind = FType == dtsStrDate ? dttDate : FType == dtsStrTime ? dttTime : dttDateTime;
+      Result = FloatValue(TextToDateTime(FunCall.Argument(0, Context)->GetAsString(), Kind));
+      break;
+    }
+    case dtsDateTimeStr:
+    case dtsDateStr:
+    case dtsTimeStr: {
+      const TDateTimeText Kind = FType == dtsDateStr ? dttDate : FType == dtsTimeStr ? dttTime : dttDateTime;
+      Result = Make<TTavoValue>(DateTimeToText(FunCall.Argument(0, Context)->GetAsNumeric(), Kind), dtString);
+      break;
+    }
+    case dtsDateTimeStrFormat: {
+      const String Pattern = FunCall.Argument(0, Context)->GetAsString();
+      Result = Make<TTavoValue>(FormatDateTime(Pattern, FunCall.Argument(1, Context)->GetAsNumeric()), dtString);
+      break;
+    }
+  }
+}
+
+void TDecodeDateTimeFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  static constexpr const char16_t* Parts[] = {u"year",   u"month",  u"day",        u"hour",
+                                              u"minute", u"second", u"millisecond"};
+  const String Part = Parts[FType];
+  SetMetaData(u"decode-" + Part, u"Returns the " + Part + u" of a date-time number", u"<numeric-expression>", 1, 1);
+}
+
+void TDecodeDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  const TDateTimeParts Parts = DecodeDateTime(FunCall.Argument(0, Context)->GetAsNumeric());
+  const int Values[] = {Parts.Year,   Parts.Month,  Parts.Day,        Parts.Hour,
+                        Parts.Minute, Parts.Second, Parts.Millisecond};
+  Result = Make<TTavoValue>(int32_t(Values[FType]), dtInteger);
+}
+
+void TEncodeDateTimeFunction::InitMetaData() {
+  TTavoUserFunction::InitMetaData();
+  switch (FType) {
+    case edtDate:
+      SetMetaData(u"encode-date", u"Returns the date-time number of a date, a whole number of days",
+                  u"<year-integer-expression> <month-integer-expression> <day-integer-expression>", 3, 3);
+      break;
+    case edtTime:
+      SetMetaData(u"encode-time", u"Returns the date-time number of a time of day, a fraction of a day",
+                  u"<hour-integer-expression> <minute-integer-expression> <second-integer-expression> "
+                  u"<millisecond-integer-expression>",
+                  4, 4);
+      break;
+  }
+}
+
+void TEncodeDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
+  TTavoUserFunction::Call(FunCall, Context, Result);
+  auto Part = [&](int Index) { return FunCall.Argument(Index, Context)->GetAsInteger(); };
+  if (FType == edtDate)
+    Result = FloatValue(EncodeDate(Part(0), Part(1), Part(2)));
+  else
+    Result = FloatValue(EncodeTime(Part(0), Part(1), Part(2), Part(3)));
 }
 
 }  // namespace tavo

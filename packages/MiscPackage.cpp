@@ -661,6 +661,16 @@ void TMiscPackage::CreateFunctions() {
   for (TPrettyPrintFunctionType Type :
        {ppfFactSet, ppfUserFunction, ppfFactTemplate, ppfRule, ppfDefType, ppfDefModule})
     Functions.Add(Make<TPrettyPrintFunction>(Type));
+  Functions.Add(Make<TTimeFunction>());
+  for (TSystemDateTimeFunctionType Type : {sdtDateTime, sdtDate, sdtTime})
+    Functions.Add(Make<TSystemDateTimeFunction>(Type));
+  for (TDateTimeStringFunctionType Type : {dtsStrDateTime, dtsStrDate, dtsStrTime, dtsDateTimeStr, dtsDateStr,
+                                           dtsTimeStr, dtsDateTimeStrFormat})
+    Functions.Add(Make<TDateTimeStringFunction>(Type));
+  for (TDecodeDateTimeFunctionType Type :
+       {ddtYear, ddtMonth, ddtDay, ddtHour, ddtMinute, ddtSecond, ddtMillisecond})
+    Functions.Add(Make<TDecodeDateTimeFunction>(Type));
+  for (TEncodeDateTimeFunctionType Type : {edtDate, edtTime}) Functions.Add(Make<TEncodeDateTimeFunction>(Type));
 }
 
 }  // namespace tavo

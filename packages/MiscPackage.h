@@ -1,7 +1,7 @@
 // Miscellaneous functions of the rule language: listings of what the engine
 // holds, questions about its knowledge, its checking settings, guard and
-// parse, and the calendar of date-time numbers (DateTimeFunctions.cpp).
-// More join the package as their constructs arrive.
+// parse, and the date and time functions (DateTimeFunctions.cpp). More join
+// the package as their constructs arrive.
 #pragma once
 
 #include "packages/TavoPackages.h"
@@ -76,6 +76,9 @@ TAVO_MISC_FUNCTION(TUnDefRuleFunction)
 TAVO_MISC_FUNCTION(TUnDefFactsFunction)
 TAVO_MISC_FUNCTION(TUnDefFunctionFunction)
 TAVO_MISC_FUNCTION(TUnDefTemplateFunction)
+
+// time: the seconds of the current local day, a float.
+TAVO_MISC_FUNCTION(TTimeFunction)
 
 #undef TAVO_MISC_FUNCTION
 
@@ -178,6 +181,82 @@ double TextToDateTime(StringView Text, TDateTimeText Kind);
 // The doubled letters pad to two digits. Text in single or double quotes is
 // copied as it is, and so is every other character.
 String FormatDateTime(StringView Pattern, double Value);
+
+enum TSystemDateTimeFunctionType { sdtDateTime, sdtDate, sdtTime };
+
+// system-datetime, system-date and system-time: now, today and the time of
+// day, local, as date-time numbers.
+class TSystemDateTimeFunction : public TTavoUserFunction {
+  TAVO_CLASS(TSystemDateTimeFunction, TTavoUserFunction)
+ public:
+  explicit TSystemDateTimeFunction(TSystemDateTimeFunctionType Type = sdtDateTime) : FType(Type) {}
+  TSystemDateTimeFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TSystemDateTimeFunctionType FType;
+};
+
+enum TDateTimeStringFunctionType {
+  dtsStrDateTime,
+  dtsStrDate,
+  dtsStrTime,
+  dtsDateTimeStr,
+  dtsDateStr,
+  dtsTimeStr,
+  dtsDateTimeStrFormat
+};
+
+// str-datetime and the rest read a text as a date-time number;
+// datetime-str and the rest write one as text, datetime-str-format by a
+// pattern.
+class TDateTimeStringFunction : public TTavoUserFunction {
+  TAVO_CLASS(TDateTimeStringFunction, TTavoUserFunction)
+ public:
+  explicit TDateTimeStringFunction(TDateTimeStringFunctionType Type = dtsStrDateTime) : FType(Type) {}
+  TDateTimeStringFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TDateTimeStringFunctionType FType;
+};
+
+enum TDecodeDateTimeFunctionType { ddtYear, ddtMonth, ddtDay, ddtHour, ddtMinute, ddtSecond, ddtMillisecond };
+
+// decode-year and the rest: one part of a date-time number, an integer.
+class TDecodeDateTimeFunction : public TTavoUserFunction {
+  TAVO_CLASS(TDecodeDateTimeFunction, TTavoUserFunction)
+ public:
+  explicit TDecodeDateTimeFunction(TDecodeDateTimeFunctionType Type = ddtYear) : FType(Type) {}
+  TDecodeDateTimeFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TDecodeDateTimeFunctionType FType;
+};
+
+enum TEncodeDateTimeFunctionType { edtDate, edtTime };
+
+// encode-date and encode-time: the date-time number of a date's or a time's
+// parts.
+class TEncodeDateTimeFunction : public TTavoUserFunction {
+  TAVO_CLASS(TEncodeDateTimeFunction, TTavoUserFunction)
+ public:
+  explicit TEncodeDateTimeFunction(TEncodeDateTimeFunctionType Type = edtDate) : FType(Type) {}
+  TEncodeDateTimeFunctionType GetType() const { return FType; }
+  void InitMetaData() override;
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
+  using TTavoUserFunction::Call;
+
+ private:
+  TEncodeDateTimeFunctionType FType;
+};
 
 class TMiscPackage : public TUserPackage {
   TAVO_CLASS(TMiscPackage, TUserPackage)

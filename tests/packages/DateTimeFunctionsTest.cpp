@@ -4,6 +4,7 @@
 #include <limits>
 #include <tuple>
 
+#include "engine/InferenceEngine.h"
 #include "packages/MiscPackage.h"
 #include "tests/TestSupport.h"
 
@@ -175,6 +176,23 @@ TEST(DateTimeFunctionsTest, PatternsWriteTheirLettersAndCopyTheRest) {
   EXPECT_EQ(FormatDateTime(u"d 'unterminated dd", Value), u"6 unterminated dd");
   EXPECT_EQ(FormatDateTime(u"", Value), u"");
   EXPECT_EQ(FormatDateTime(u"yyyy", EncodeDate(33, 1, 1)), u"0033");
+}
+
+TEST(DateTimeFunctionsTest, TheClockFunctionsAgreeWithEachOther) {
+  TInferenceEngine Engine;
+  auto Number = [&](const char16_t* Call) { return Engine.ParseNExecuteFunCall(Call)->GetAsFloat(); };
+  const double Date = Number(u"(system-date)");
+  const double Time = Number(u"(system-time)");
+  const double Now = Number(u"(system-datetime)");
+  const double Seconds = Number(u"(time)");
+  EXPECT_EQ(Date, std::floor(Date));
+  EXPECT_GE(Time, 0.0);
+  EXPECT_LT(Time, 1.0);
+  EXPECT_GE(Seconds, 0.0);
+  EXPECT_LT(Seconds, 86400.0);
+  // Taken one after the other; midnight may fall between them.
+  EXPECT_NEAR(Now, Date + Time, 1.0 / 1440) << "within a minute";
+  EXPECT_NEAR(std::fmod(Seconds - Time * 86400 + 86400, 86400), 0.0, 60.0);
 }
 
 }  // namespace
