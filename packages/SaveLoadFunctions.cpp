@@ -5,15 +5,6 @@
 
 namespace tavo {
 
-namespace {
-
-String FileNameArgument(TFunctionCall& FunCall, int Index, TTavoContext* Context) {
-  ITavoValue Name = FunCall.EvaluateArgument(Index, Context);
-  return Name ? Name->GetAsString() : String();
-}
-
-}  // namespace
-
 void TLoadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"load", u"Loads the constructs of a file into the expert system, which is neither cleared nor reset",
@@ -22,7 +13,7 @@ void TLoadFunction::InitMetaData() {
 
 void TLoadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  EngineOf(FunCall, Context).LoadFromFile(FileNameArgument(FunCall, 0, Context));
+  EngineOf(FunCall, Context).LoadFromFile(FunCall.Argument(0, Context)->GetAsString());
   Result = FCTrue;
 }
 
@@ -33,7 +24,7 @@ void TSaveFunction::InitMetaData() {
 
 void TSaveFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  EngineOf(FunCall, Context).SaveToFile(FileNameArgument(FunCall, 0, Context));
+  EngineOf(FunCall, Context).SaveToFile(FunCall.Argument(0, Context)->GetAsString());
   Result = FCTrue;
 }
 
@@ -44,7 +35,7 @@ void TLoadFactsFunction::InitMetaData() {
 
 void TLoadFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  EngineOf(FunCall, Context).LoadFactsFromFile(FileNameArgument(FunCall, 0, Context));
+  EngineOf(FunCall, Context).LoadFactsFromFile(FunCall.Argument(0, Context)->GetAsString());
   Result = FCTrue;
 }
 
@@ -56,9 +47,9 @@ void TSaveFactsFunction::InitMetaData() {
 
 void TSaveFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  const String FileName = FileNameArgument(FunCall, 0, Context);
+  const String FileName = FunCall.Argument(0, Context)->GetAsString();
   std::vector<String> Templates;
-  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) Templates.push_back(FileNameArgument(FunCall, I, Context));
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) Templates.push_back(FunCall.Argument(I, Context)->GetAsString());
   // Several names make one file of their facts, behind one byte-order mark.
   EngineOf(FunCall, Context).SaveFactsToFile(FileName, Templates);
   Result = FCTrue;

@@ -5,15 +5,6 @@
 
 namespace tavo {
 
-namespace {
-
-String NameArgument(TFunctionCall& FunCall, TTavoContext* Context) {
-  ITavoValue Name = FunCall.EvaluateArgument(0, Context);
-  return Name ? Name->GetAsString() : String();
-}
-
-}  // namespace
-
 void TUnDefTypeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"undeftype", u"Removes the defined type, and the templates that use it; FALSE when there is none",
@@ -23,7 +14,7 @@ void TUnDefTypeFunction::InitMetaData() {
 void TUnDefTypeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TTavoDefinedTypes* Types = EngineOf(FunCall, Context).GetDefinedTypes();
-  Result = Types && Types->Remove(NameArgument(FunCall, Context)) ? FCTrue : FCFalse;
+  Result = Types && Types->Remove(FunCall.Argument(0, Context)->GetAsString()) ? FCTrue : FCFalse;
 }
 
 void TUnDefRuleFunction::InitMetaData() {
@@ -34,7 +25,7 @@ void TUnDefRuleFunction::InitMetaData() {
 void TUnDefRuleFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  const String Name = NameArgument(FunCall, Context);
+  const String Name = FunCall.Argument(0, Context)->GetAsString();
   TRule* Rule = Engine.GetRules() ? Engine.GetRules()->Find(Name) : nullptr;
   Result = FCFalse;
   if (!Rule || !Engine.GetRules()->Remove(Name, Rule)) return;
@@ -52,7 +43,7 @@ void TUnDefFactsFunction::InitMetaData() {
 void TUnDefFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TFactSets* Sets = EngineOf(FunCall, Context).GetFactSets();
-  const int Index = Sets ? Sets->IndexOf(NameArgument(FunCall, Context)) : -1;
+  const int Index = Sets ? Sets->IndexOf(FunCall.Argument(0, Context)->GetAsString()) : -1;
   Result = FCFalse;
   if (Index < 0) return;
   TFactSet* Set = Sets->Get(Index);
@@ -70,7 +61,7 @@ void TUnDefFunctionFunction::InitMetaData() {
 void TUnDefFunctionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  const String Name = NameArgument(FunCall, Context);
+  const String Name = FunCall.Argument(0, Context)->GetAsString();
   IUserFunction Function;
   Result = FCFalse;
   if (!Engine.GetUserFunctions()->TryGetValue(Name, Function)) return;
@@ -90,7 +81,7 @@ void TUnDefTemplateFunction::InitMetaData() {
 void TUnDefTemplateFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   TFactTemplates* Templates = EngineOf(FunCall, Context).GetFactTemplates();
-  Result = Templates && Templates->Remove(NameArgument(FunCall, Context)) ? FCTrue : FCFalse;
+  Result = Templates && Templates->Remove(FunCall.Argument(0, Context)->GetAsString()) ? FCTrue : FCFalse;
 }
 
 }  // namespace tavo
