@@ -244,7 +244,9 @@ TEST(TPrettyPrinterHelp, ConstructHelpIsCommentLinesWithTheSyntaxLast) {
     size_t Start = 0;
     for (size_t End; (End = Help.find(u"\r\n", Start)) != String::npos; Start = End + 2) {
       EXPECT_EQ(Help.compare(Start, 2, u";;"), 0);
-      if (Help.find(u"Syntax", Start) != Start + 3) EXPECT_LE(End - Start, 3u + WrapTextColumn);
+      if (Help.find(u"Syntax", Start) != Start + 3) {
+        EXPECT_LE(End - Start, 3u + WrapTextColumn);
+      }
     }
   }
   EXPECT_EQ(PrettyPrint(ptFunCall), u"");
