@@ -803,6 +803,20 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TDribbleOffFunction>());
   Functions.Add(Make<TRemoveFunction>());
   Functions.Add(Make<TRenameFunction>());
+  Functions.Add(Make<TCreateMFFunction>());
+  Functions.Add(Make<TDeleteMFFunction>());
+  Functions.Add(Make<TExplodeMFFunction>());
+  Functions.Add(Make<TFirstMFFunction>());
+  Functions.Add(Make<TImplodeMFFunction>());
+  Functions.Add(Make<TInsertMFFunction>());
+  Functions.Add(Make<TLengthMFFunction>());
+  Functions.Add(Make<TMemberFunction>());
+  Functions.Add(Make<TMemberMFFunction>());
+  Functions.Add(Make<TNthMFFunction>());
+  Functions.Add(Make<TReplaceMFFunction>());
+  Functions.Add(Make<TRestMFFunction>());
+  Functions.Add(Make<TSubSeqMFFunction>());
+  Functions.Add(Make<TSubSetpMFFunction>());
 }
 
 }  // namespace tavo

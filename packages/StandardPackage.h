@@ -1,6 +1,6 @@
 // The standard package: control flow, comparison, the engine's storage and
-// run control, watches, printing, files and logical names. Every engine
-// gets it by default.
+// run control, watches, printing, files and logical names, and the
+// multifield functions. Every engine gets it by default.
 #pragma once
 
 #include "packages/TavoPackages.h"
@@ -97,6 +97,22 @@ TAVO_STANDARD_FUNCTION(TDribbleOnFunction)
 TAVO_STANDARD_FUNCTION(TDribbleOffFunction)
 TAVO_STANDARD_FUNCTION(TRemoveFunction)
 TAVO_STANDARD_FUNCTION(TRenameFunction)
+
+// Multifields. Positions count from 0.
+TAVO_STANDARD_FUNCTION(TCreateMFFunction)
+TAVO_STANDARD_FUNCTION(TDeleteMFFunction)
+TAVO_STANDARD_FUNCTION(TExplodeMFFunction)
+TAVO_STANDARD_FUNCTION(TFirstMFFunction)
+TAVO_STANDARD_FUNCTION(TImplodeMFFunction)
+TAVO_STANDARD_FUNCTION(TInsertMFFunction)
+TAVO_STANDARD_FUNCTION(TLengthMFFunction)
+TAVO_STANDARD_FUNCTION(TMemberFunction)
+TAVO_STANDARD_FUNCTION(TMemberMFFunction)
+TAVO_STANDARD_FUNCTION(TNthMFFunction)
+TAVO_STANDARD_FUNCTION(TReplaceMFFunction)
+TAVO_STANDARD_FUNCTION(TRestMFFunction)
+TAVO_STANDARD_FUNCTION(TSubSeqMFFunction)
+TAVO_STANDARD_FUNCTION(TSubSetpMFFunction)
 
 #undef TAVO_STANDARD_FUNCTION
 

@@ -14,6 +14,12 @@ TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context) 
   return *Engine;
 }
 
+ITavoValue ResolvedArgument(const TFunctionCall& FunCall, int Index, TTavoContext* Context) {
+  ITavoValue Value = FunCall.EvaluateArgument(Index, Context);
+  if (Value->GetDType() == dtSingletons) Value = Value->Resolve(Context);
+  return Value;
+}
+
 // TTavoInnerFunction
 
 TTavoInnerFunction::TTavoInnerFunction(TObject* Owner) : FOwner(Owner) {

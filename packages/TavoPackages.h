@@ -16,6 +16,10 @@ class TTavoInnerFunction;
 // SUnknownEngine when neither is an engine.
 TInferenceEngine& EngineOf(const TFunctionCall& FunCall, TTavoContext* Context);
 
+// Argument Index resolved all the way: literal fuzzy points, which the
+// evaluator leaves as they are, become their fuzzy set.
+ITavoValue ResolvedArgument(const TFunctionCall& FunCall, int Index, TTavoContext* Context);
+
 using TCallEvent = std::function<void(TObject* Sender, const IFunCall& FunCall, TTavoContext* Context,
                                       ITavoValue& Result)>;
 
