@@ -68,6 +68,8 @@ inline constexpr char16_t SInvalidSubstrParameters[] =
     u"Invalid substring parameters: %d, %d";
 inline constexpr char16_t SInvalidMFParameters[] =
     u"Invalid multifield begin and end parameters: %d, %d";
+inline constexpr char16_t SVerifyTypeComment[] =
+    u"Returns TRUE if the argument is of the following type(s): %s.  If the argument is any other type, FALSE is returned";
 inline constexpr char16_t SUnexpectedCharacters[] =
     u"\"%s\" contains unexpected character: \"%s\"";
 inline constexpr char16_t SModuleMAINReserved[] =

@@ -5,6 +5,7 @@
 #include "fuzzy/FuzzyLogicPackage.h"
 #include "packages/MathPackage.h"
 #include "packages/MiscPackage.h"
+#include "packages/PredicatePackage.h"
 #include "packages/StandardPackage.h"
 #include "packages/StringPackage.h"
 #include "packages/TavoPackages.h"
@@ -17,6 +18,7 @@ void TInferenceEngine::AddDefaultPackages() {
   // trigonometry, business, fuzzy logic; the others join as they are written.
   if (FPackages.Contains(pStandard)) NewComponent<TStandardPackage>(this);
   if (FPackages.Contains(pMiscellaneous)) NewComponent<TMiscPackage>(this);
+  if (FPackages.Contains(pPredicate)) NewComponent<TPredicatePackage>(this);
   if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
   if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
   if (FPackages.Contains(pFuzzyLogic)) NewComponent<TFuzzyLogicPackage>(this);
