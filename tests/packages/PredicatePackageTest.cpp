@@ -65,28 +65,6 @@ TEST_F(PredicatePackageTest, EachTypeTestAcceptsExactlyItsTags) {
     }
 }
 
-TEST_F(PredicatePackageTest, TestsLookAtTheEvaluatedValueAndConvertNothing) {
-  EXPECT_EQ(Eval(u"(numberp \"1\")"), FCFalse);
-  EXPECT_EQ(Eval(u"(integerp 2.0)"), FCFalse);
-  EXPECT_EQ(Eval(u"(integerp (+ 1 1))"), FCTrue);
-  EXPECT_EQ(Eval(u"(multifieldp (create$))"), FCTrue);
-  EXPECT_EQ(Eval(u"(symbolp nil)"), FCTrue);
-  EXPECT_EQ(Failure(u"(numberp ?unbound)"), u"Corrupted Binding, variable not found: unbound");
-  EXPECT_EQ(Failure(u"(stringp a b)"), u"Too many arguments for stringp");
-  EXPECT_EQ(Failure(u"(get-type)"), u"Too few arguments for get-type");
-}
-
-TEST_F(PredicatePackageTest, GetTypeNamesTheTagAsASymbol) {
-  ITavoValue Type = Eval(u"(get-type 1)");
-  EXPECT_EQ(Type->GetDType(), dtAtom);
-  EXPECT_EQ(Type->GetAsString(), u"dtInteger");
-  EXPECT_EQ(Eval(u"(get-type 1.5)")->GetAsString(), u"dtFloat");
-  EXPECT_EQ(Eval(u"(get-type \"x\")")->GetAsString(), u"dtString");
-  EXPECT_EQ(Eval(u"(get-type (create$ a))")->GetAsString(), u"dtList");
-  EXPECT_EQ(Eval(u"(get-type ((0 1) (1 0)))")->GetAsString(), u"dtFuzzy") << "literal points resolve to a set";
-  EXPECT_EQ(Call(u"get-type", Make<TTavoValue>(3, dtFactId))->GetAsString(), u"dtFactId");
-}
-
 TEST_F(PredicatePackageTest, EvenAndOddReadTheLowestBitOfTheInteger) {
   for (const char16_t* Even : {u"0", u"2", u"-2", u"-2147483648", u"2.9", u"-2.5", u"\"4\""}) {
     EXPECT_EQ(Eval(u"(evenp " + String(Even) + u")"), FCTrue) << StringToUtf8(Even);
