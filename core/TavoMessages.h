@@ -354,4 +354,10 @@ inline constexpr char16_t SInvalidTime[] = u"Invalid time: hour %d, minute %d, s
 inline constexpr char16_t SDateTimeOutOfRange[] =
     u"Date-time number out of range, the years run from 1 to 9999: %g";
 
+// Traps of floating-point arithmetic in the numeric functions, with the
+// function's name.
+inline constexpr char16_t SFloatInvalidOperation[] = u"Invalid floating point operation in %s";
+inline constexpr char16_t SFloatDivisionByZero[] = u"Floating point division by zero in %s";
+inline constexpr char16_t SFloatOverflow[] = u"Floating point overflow in %s";
+
 }  // namespace tavo

@@ -9,6 +9,7 @@
 #include "packages/StandardPackage.h"
 #include "packages/StringPackage.h"
 #include "packages/TavoPackages.h"
+#include "packages/TrigonometryPackage.h"
 
 namespace tavo {
 
@@ -21,6 +22,7 @@ void TInferenceEngine::AddDefaultPackages() {
   if (FPackages.Contains(pPredicate)) NewComponent<TPredicatePackage>(this);
   if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
   if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
+  if (FPackages.Contains(pTrigonometry)) NewComponent<TTrigonometryPackage>(this);
   if (FPackages.Contains(pFuzzyLogic)) NewComponent<TFuzzyLogicPackage>(this);
   if (OnAddDefaultPackages) OnAddDefaultPackages(this);
 }

@@ -1,6 +1,7 @@
 #include "packages/TavoPackages.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "engine/InferenceEngine.h"
 
@@ -18,6 +19,17 @@ ITavoValue ResolvedArgument(const TFunctionCall& FunCall, int Index, TTavoContex
   ITavoValue Value = FunCall.EvaluateArgument(Index, Context);
   if (Value->GetDType() == dtSingletons) Value = Value->Resolve(Context);
   return Value;
+}
+
+double TrapFloat(const String& Name, double Result, std::span<const double> Arguments, bool AtPole) {
+  if (std::isnan(Result)) {
+    if (std::none_of(Arguments.begin(), Arguments.end(), [](double X) { return std::isnan(X); }))
+      throw ETavoException(Format(SFloatInvalidOperation, Name));
+  } else if (std::isinf(Result)) {
+    if (std::all_of(Arguments.begin(), Arguments.end(), [](double X) { return std::isfinite(X); }))
+      throw ETavoException(Format(AtPole ? SFloatDivisionByZero : SFloatOverflow, Name));
+  }
+  return Result;
 }
 
 // TTavoInnerFunction

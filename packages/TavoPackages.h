@@ -2,6 +2,8 @@
 // rule language functions of its own.
 #pragma once
 
+#include <initializer_list>
+#include <span>
 #include <vector>
 
 #include "core/TavoFunctions.h"
@@ -22,6 +24,19 @@ ITavoValue ResolvedArgument(const TFunctionCall& FunCall, int Index, TTavoContex
 
 using TCallEvent = std::function<void(TObject* Sender, const IFunCall& FunCall, TTavoContext* Context,
                                       ITavoValue& Result)>;
+
+// The float unit's traps, for a numeric function whose formula runs in
+// double arithmetic: a result that is not a number, from arguments that
+// are, is an invalid operation; an infinite result from finite arguments
+// is a division by zero when the formula met a pole (AtPole), else an
+// overflow. Arguments that are themselves infinite or not numbers pass
+// their kind of result on unchecked. Name is the function's, for the
+// message; the result comes back when no trap fires.
+double TrapFloat(const String& Name, double Result, std::span<const double> Arguments, bool AtPole = false);
+inline double TrapFloat(const String& Name, double Result, std::initializer_list<double> Arguments,
+                        bool AtPole = false) {
+  return TrapFloat(Name, Result, std::span<const double>(Arguments.begin(), Arguments.size()), AtPole);
+}
 
 // Makes a component and runs its after-construction step.
 template <class T, class... A>
