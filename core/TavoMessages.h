@@ -360,4 +360,15 @@ inline constexpr char16_t SFloatInvalidOperation[] = u"Invalid floating point op
 inline constexpr char16_t SFloatDivisionByZero[] = u"Floating point division by zero in %s";
 inline constexpr char16_t SFloatOverflow[] = u"Floating point overflow in %s";
 
+// Messages of the financial routines.
+inline constexpr char16_t SInvalidPaymentTime[] =
+    u"Invalid payment time \"%s\", expected ptEndOfPeriod or ptStartOfPeriod";
+inline constexpr char16_t SPaymentTimeOutOfRange[] = u"Payment time out of range: %d";
+inline constexpr char16_t SInvalidRate[] = u"Invalid rate %g, a rate must be above -1";
+inline constexpr char16_t SInvalidAssetLife[] = u"Invalid life %d, an asset's life is at least 1 period";
+inline constexpr char16_t SPeriodOutOfRange[] = u"Period %d is outside 1 to %d";
+inline constexpr char16_t SNoSignChange[] =
+    u"Cash flows without both a positive and a negative amount have no internal rate of return";
+inline constexpr char16_t SNoConvergence[] = u"%s found no solution within %d iterations";
+
 }  // namespace tavo

@@ -3,6 +3,7 @@
 // package is known.
 #include "engine/InferenceEngine.h"
 #include "fuzzy/FuzzyLogicPackage.h"
+#include "packages/BusinessPackage.h"
 #include "packages/MathPackage.h"
 #include "packages/MiscPackage.h"
 #include "packages/PredicatePackage.h"
@@ -23,6 +24,7 @@ void TInferenceEngine::AddDefaultPackages() {
   if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
   if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
   if (FPackages.Contains(pTrigonometry)) NewComponent<TTrigonometryPackage>(this);
+  if (FPackages.Contains(pBusiness)) NewComponent<TBusinessPackage>(this);
   if (FPackages.Contains(pFuzzyLogic)) NewComponent<TFuzzyLogicPackage>(this);
   if (OnAddDefaultPackages) OnAddDefaultPackages(this);
 }

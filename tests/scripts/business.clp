@@ -1,0 +1,48 @@
+; Financial functions. Money paid out is negative, money received positive;
+; rates are per period; payments fall at the end of the period unless the
+; payment time says its start.
+(deffunction flows ($?amounts) ?amounts)
+; A loan of 100000 over 360 months at 1% a month.
+(payment 0.01 360 100000 0 ptEndOfPeriod)
+(payment 0.01 360 100000 0 ptStartOfPeriod)
+(payment 0 10 1000 0 ptEndOfPeriod)
+(present-value 0.01 360 -1028.61 0 ptEndOfPeriod)
+(future-value 0.05 10 -100 -1000 ptEndOfPeriod)
+(future-value 0.05 10 -100 -1000 "ptStartOfPeriod")
+(number-of-periods 0.01 -1028.61 100000 0 ptEndOfPeriod)
+(number-of-periods 0 -100 1000 0 ptEndOfPeriod)
+(interest-rate 360 -1028.61 100000 0 ptEndOfPeriod)
+(interest-rate 12 -900 10000 0 ptStartOfPeriod)
+; The first and the last payment of a loan, split into interest and principal.
+(interest-payment 0.01 1 360 100000 0 ptEndOfPeriod)
+(period-payment 0.01 1 360 100000 0 ptEndOfPeriod)
+(interest-payment 0.01 360 360 100000 0 ptEndOfPeriod)
+(period-payment 0.01 360 360 100000 0 ptEndOfPeriod)
+(interest-payment 0.01 1 360 100000 0 ptStartOfPeriod)
+(+ (interest-payment 0.1 2 3 1000 0 ptEndOfPeriod) (period-payment 0.1 2 3 1000 0 ptEndOfPeriod))
+; Cash flows, one per period.
+(net-present-value 0.1 (flows 100 100) ptEndOfPeriod)
+(net-present-value 0.1 (flows 100 100) ptStartOfPeriod)
+(net-present-value 0.1 (flows) ptEndOfPeriod)
+(internal-rate-of-return 0.1 (flows -1000 300 400 500))
+(internal-rate-of-return 0 (flows -100 110))
+; Depreciation.
+(sln-depreciation 1000 100 9)
+(syd-depreciation 1000 100 9 1)
+(syd-depreciation 1000 100 9 9)
+(double-declining-balance 1000 100 5 1)
+(double-declining-balance 1000 100 5 5)
+; Failures.
+(payment 0.1 10 1000 0 ptMiddleOfPeriod)
+(payment 0.1 10 1000 0 1)
+(payment 0.1 0 1000 0 ptEndOfPeriod)
+(payment -1.5 10 1000 0 ptEndOfPeriod)
+(syd-depreciation 1000 100 9 10)
+(double-declining-balance 1000 100 5 0)
+(sln-depreciation 1000 100 0)
+(interest-payment 0.01 361 360 100000 0 ptEndOfPeriod)
+(interest-rate 10 100 100 100 ptEndOfPeriod)
+(internal-rate-of-return 0.1 (flows 100 200))
+(internal-rate-of-return 0.1 100)
+(net-present-value 0.1 (flows 1 two) ptEndOfPeriod)
+(future-value 0.1 10 -100 ptEndOfPeriod)
