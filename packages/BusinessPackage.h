@@ -19,7 +19,9 @@
 
 namespace tavo {
 
-enum TPaymentTime { ptEndOfPeriod, ptStartOfPeriod };
+// Any int is a value of the type, so that a routine can be handed one out
+// of range and refuse it.
+enum TPaymentTime : int { ptEndOfPeriod, ptStartOfPeriod };
 
 // The payment time named by Text, ptEndOfPeriod or ptStartOfPeriod in any
 // case; SInvalidPaymentTime for another text.
