@@ -222,6 +222,16 @@ class TMekDictionary : public TPersistent {
     return const_cast<TMekDictionary*>(this)->Find(Key);
   }
 
+  // The position of Key's entry, or a negative number: a caller that looks
+  // a key up, changes its value and perhaps removes it probes the table once.
+  // A position holds until the table next changes.
+  template <class Q>
+  int32_t Locate(const Q& Key) const {
+    return IndexOfKey(Key);
+  }
+  V& ValueAt(int32_t Index) { return FItems[Index].Value; }
+  void RemoveLocated(int32_t Index) { RemoveAt(Index, cnRemoved); }
+
   TIterator begin() const { return TIterator(FItems.get(), FItems.get() + FLength); }
   TIterator end() const {
     const TItem* End = FItems.get() + FLength;

@@ -135,6 +135,9 @@ void TTavoToken::Assign(const TPersistent* Source) {
 bool TTavoToken::Equals(const TTavoToken* Other) const {
   for (const TTavoToken* Mine = this; Mine != Other;) {
     if (!Other || Mine->FSortCode != Other->FSortCode) return false;
+    // One parent and one fact: only the strength can differ, and the fact
+    // need not be read.
+    if (Mine->FParent == Other->FParent && Mine->FFact == Other->FFact) return Mine->FStrength == Other->FStrength;
     int MineId = Mine->FFact ? Mine->FFact->GetID() : -1;
     int OtherId = Other->FFact ? Other->FFact->GetID() : -1;
     if (MineId != OtherId || Mine->FStrength != Other->FStrength) return false;
@@ -275,7 +278,7 @@ TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int32
   if (FIndexed) {
     TEntry* const* First = FIndex.Find(Token.GetChainHash());
     for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->NextSame)
-      if (Entry->ChainHash == Token.GetChainHash() && Entry->Token->Equals(&Token)) return Entry;
+      if (Entry->ChainHash == Token.GetChainHash() && Entry->Token->TTavoToken::Equals(&Token)) return Entry;
     return nullptr;
   }
   // An equal token has the same key and match hash: its chain holds it.
@@ -338,39 +341,50 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
 }
 
 IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
-  int32_t Match;
-  MatchOrNone(*Token, Match);
-  int Steps;
-  TEntry* Entry = FindEqual(*Token, KeysChained() ? KeyOf(*Token) : 0, Match, Steps);
-  if (!Entry) return nullptr;
+  const TTavoToken& Sought = *Token;
+  const uint32_t Hash = Sought.GetChainHash();
+  TEntry* Entry = nullptr;
+  // Each table is probed once: the entry found, its place in the table
+  // serves to unlink it.
   if (FIndexed) {
-    TEntry** First = FIndex.Find(Entry->ChainHash);
-    if (*First == Entry) {
-      if (Entry->NextSame)
-        *First = Entry->NextSame;
-      else
-        FIndex.Remove(Entry->ChainHash);
-    } else {
-      for (TEntry* Before = *First; Before; Before = Before->NextSame)
-        if (Before->NextSame == Entry) {
-          Before->NextSame = Entry->NextSame;
-          break;
-        }
-    }
+    const int32_t Slot = FIndex.Locate(Hash);
+    if (Slot < 0) return nullptr;
+    TEntry*& First = FIndex.ValueAt(Slot);
+    TEntry* Before = nullptr;
+    for (Entry = First; Entry; Before = Entry, Entry = Entry->NextSame)
+      if (Entry->ChainHash == Hash && Entry->Token->TTavoToken::Equals(&Sought)) break;
+    if (!Entry) return nullptr;
+    if (Before)
+      Before->NextSame = Entry->NextSame;
+    else if (Entry->NextSame)
+      First = Entry->NextSame;
+    else
+      FIndex.RemoveLocated(Slot);
   }
   if (KeysChained()) {
-    if (Entry->ChainPrev) Entry->ChainPrev->ChainNext = Entry->ChainNext;
-    if (Entry->ChainNext) Entry->ChainNext->ChainPrev = Entry->ChainPrev;
-    if (!Entry->ChainPrev || !Entry->ChainNext) {
-      int64_t ChainKey = KeyPair(Entry->Key, Entry->Match);
-      TChain* Chain = FChains.Find(ChainKey);
-      if (!Entry->ChainPrev && !Entry->ChainNext)
-        FChains.Remove(ChainKey);
-      else if (!Entry->ChainPrev)
-        Chain->First = Entry->ChainNext;
-      else
-        Chain->Last = Entry->ChainPrev;
+    int32_t Slot;
+    if (Entry) {
+      Slot = FChains.Locate(KeyPair(Entry->Key, Entry->Match));
+    } else {
+      // An equal token has the same key and match hash: its chain holds it.
+      int32_t Match;
+      MatchOrNone(Sought, Match);
+      Slot = FChains.Locate(KeyPair(KeyOf(Sought), Match));
+      if (Slot < 0) return nullptr;
+      for (Entry = FChains.ValueAt(Slot).First; Entry; Entry = Entry->ChainNext)
+        if (Entry->ChainHash == Hash && Entry->Token->TTavoToken::Equals(&Sought)) break;
+      if (!Entry) return nullptr;
     }
+    TChain& Chain = FChains.ValueAt(Slot);
+    if (Entry->ChainPrev)
+      Entry->ChainPrev->ChainNext = Entry->ChainNext;
+    else
+      Chain.First = Entry->ChainNext;
+    if (Entry->ChainNext)
+      Entry->ChainNext->ChainPrev = Entry->ChainPrev;
+    else
+      Chain.Last = Entry->ChainPrev;
+    if (!Chain.First) FChains.RemoveLocated(Slot);
   }
   int Index = BucketOf(Entry->Key);
   TBucket& Bucket = *FBuckets[size_t(Index)];

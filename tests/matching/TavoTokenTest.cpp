@@ -143,6 +143,59 @@ TEST_F(TTokenTest, KeyedTreesFindTokensOfOneKeyAtAnyCountInTheOrderTheyCame) {
   EXPECT_TRUE(Tree.Add(Make<TTavoToken>(taAdd, NewFact(3, u"red"))));
 }
 
+TEST_F(TTokenTest, TakingTheEndsAndMiddlesOfChainsKeepsEveryOtherTokenFindable) {
+  // A short chain stays unindexed; a long one turns to the index. In each,
+  // the first, the last and a middle token go, then the rest in reverse.
+  for (int Count : {5, 20}) {
+    TTavoTokenTree Tree(101, 1, -1, u"colour", false);
+    IReteToken Parent = Make<TTavoToken>(taAdd, NewFact(1000, u"blue"));
+    std::vector<IReteToken> Held;
+    for (int Id = 1; Id <= Count; ++Id) {
+      Held.push_back(Make<TTavoToken>(Parent, NewFact(Id, u"red")));
+      ASSERT_TRUE(Tree.Add(Held.back()));
+    }
+    const int32_t Red = Atom(u"red")->GetHashCode();
+    auto Ids = [&] {
+      std::vector<int> Result;
+      for (auto* Entry = Tree.FirstOfKey(Red, 0); Entry; Entry = Entry->ChainNext)
+        Result.push_back(Entry->Token->GetFacts(1)->GetID());
+      return Result;
+    };
+    auto TakeId = [&](int Id) {
+      IReteToken Removed = Make<TTavoToken>(taRemove, Parent->GetFact());
+      return Tree.Take(Make<TTavoToken>(Removed, Held[size_t(Id - 1)]->GetFact()));
+    };
+    EXPECT_EQ(TakeId(1).Get(), Held[0].Get());
+    EXPECT_EQ(TakeId(Count).Get(), Held[size_t(Count - 1)].Get());
+    EXPECT_EQ(TakeId(3).Get(), Held[2].Get());
+    EXPECT_FALSE(TakeId(3));
+    std::vector<int> Expected;
+    for (int Id = 2; Id < Count; ++Id)
+      if (Id != 3) Expected.push_back(Id);
+    EXPECT_EQ(Ids(), Expected);
+    for (auto Id = Expected.rbegin(); Id != Expected.rend(); ++Id) ASSERT_TRUE(TakeId(*Id)) << Count << " " << *Id;
+    EXPECT_EQ(Tree.FirstOfKey(Red, 0), nullptr);
+    EXPECT_EQ(Tree.GetTokens(Red)->size(), 0u);
+    // The emptied chain starts again.
+    ASSERT_TRUE(Tree.Add(Held[1]));
+    EXPECT_EQ(Ids(), std::vector<int>{2});
+    EXPECT_FALSE(Tree.Add(Make<TTavoToken>(Held[1])));
+  }
+}
+
+TEST_F(TTokenTest, TokensOfOneParentAndFactDifferOnlyByStrength) {
+  IReteToken Parent = Make<TTavoToken>(taAdd, NewFact(1, u"red"));
+  IFact Fact = NewFact(2, u"blue");
+  IReteToken Strong = Make<TTavoToken>(Parent, Fact), Weak = Make<TTavoToken>(Parent, Fact);
+  EXPECT_TRUE(Strong->Equals(Weak.Get()));
+  Weak->SetStrength(0.25f);
+  EXPECT_FALSE(Strong->Equals(Weak.Get()));
+  TTavoTokenTree Tree(101, 0, -1, String(), true);
+  ASSERT_TRUE(Tree.Add(Weak));
+  EXPECT_FALSE(Tree.Take(Strong));
+  EXPECT_EQ(Tree.Take(Make<TTavoToken>(Weak)).Get(), Weak.Get());
+}
+
 TEST_F(TTokenTest, KeysComeFromSortCodesIdsSlotsOrListItems) {
   IFact Red = NewFact(4, u"red", {Atom(u"x"), Atom(u"y")});
   IReteToken Pair = Make<TTavoToken>(Make<TTavoToken>(taAdd, NewFact(1, u"blue")), Red);
