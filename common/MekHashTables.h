@@ -230,6 +230,23 @@ class TMekDictionary : public TPersistent {
     return IndexOfKey(Key);
   }
   V& ValueAt(int32_t Index) { return FItems[Index].Value; }
+  // The value of Key, entered as V{} when absent (Added tells which), by
+  // one probe unless the table must grow first. The reference holds until
+  // the table next changes.
+  V& FindOrAdd(const K& Key, bool& Added) {
+    const int32_t HashCode = Hash(Key);
+    int32_t Index = GetBucketIndex(LookupKey(Key), HashCode);
+    Added = Index < 0;
+    if (Added) {
+      if (FCount >= FGrowThreshold) {
+        Grow();
+        Index = GetBucketIndex(LookupKey(Key), HashCode);
+      }
+      InsertAt(~Index, HashCode, Key, V{});
+      Index = ~Index;
+    }
+    return FItems[Index].Value;
+  }
   void RemoveLocated(int32_t Index) { RemoveAt(Index, cnRemoved); }
 
   TIterator begin() const { return TIterator(FItems.get(), FItems.get() + FLength); }

@@ -317,12 +317,14 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   Bucket->Last = Entry;
   if (Bucket->Count++ == 0) FFilled[size_t(Index) >> 6] |= uint64_t(1) << (Index & 63);
   if (KeysChained()) {
-    if (TChain* Chain = FChains.Find(KeyPair(Key, Match))) {
-      Entry->ChainPrev = Chain->Last;
-      Chain->Last->ChainNext = Entry;
-      Chain->Last = Entry;
+    bool Added;
+    TChain& Chain = FChains.FindOrAdd(KeyPair(Key, Match), Added);
+    if (Added) {
+      Chain = TChain{Entry, Entry};
     } else {
-      FChains.Add(KeyPair(Key, Match), TChain{Entry, Entry});
+      Entry->ChainPrev = Chain.Last;
+      Chain.Last->ChainNext = Entry;
+      Chain.Last = Entry;
     }
   }
   if (FIndexed) {

@@ -92,6 +92,38 @@ TEST(MekHashTables, RemovalInsideAProbeRunKeepsEveryKeyReachable) {
   EXPECT_EQ(Iterated, Table.Count());
 }
 
+TEST(MekHashTables, OneProbeLookupsAgreeWithAMapThroughGrowthAndRemoval) {
+  // Keys clustered into long runs; entries are found, changed and removed
+  // by position, and added by FindOrAdd from an empty table up.
+  TPlacedTable Table;
+  std::map<int, int> Model;
+  std::mt19937 Random(11);
+  for (int Step = 0; Step < 4000; ++Step) {
+    const int Key = int(Random() % 6) * 100 + int(Random() % 12) - 300;
+    const int32_t At = Table.Locate(Key);
+    ASSERT_EQ(At >= 0, Model.count(Key) == 1) << Step;
+    if (At >= 0) {
+      EXPECT_EQ(Table.ValueAt(At), Model[Key]);
+    }
+    if (Random() % 3 == 0) {
+      if (At >= 0) Table.RemoveLocated(At);
+      Model.erase(Key);
+    } else {
+      bool Added;
+      int& Value = Table.FindOrAdd(Key, Added);
+      EXPECT_EQ(Added, At < 0);
+      if (Added) {
+        EXPECT_EQ(Value, 0);
+      }
+      Value = Step;
+      Model[Key] = Step;
+    }
+    ASSERT_EQ(Table.Count(), int(Model.size()));
+    ASSERT_LE(Table.Count(), Table.GetGrowThreshold());
+  }
+  for (const auto& [Key, Value] : Model) EXPECT_EQ(Table.GetItem(Key), Value);
+}
+
 TEST(MekHashTables, FailuresAndOutValues) {
   TMekStringHashTable<int> Table;
   Table.Add(u"valve", 1);
