@@ -803,6 +803,14 @@ void TStandardPackage::CreateFunctions() {
   Functions.Add(Make<TDribbleOffFunction>());
   Functions.Add(Make<TRemoveFunction>());
   Functions.Add(Make<TRenameFunction>());
+  for (int Type = fftIsFileExists; Type <= fftReplaceFilePath; ++Type)
+    Functions.Add(Make<TFileFunction>(TFileFunctionType(Type)));
+  for (int Type = dftGetCurrentDir; Type <= dftDirDelim; ++Type)
+    Functions.Add(Make<TDirectoryFunction>(TDirectoryFunctionType(Type)));
+  for (int Type = pftGetHomePath; Type <= pftGetTempPath; ++Type)
+    Functions.Add(Make<TPathFunction>(TPathFunctionType(Type)));
+  for (int Type = osvGetOSName; Type <= osvGetOSMinorVersion; ++Type)
+    Functions.Add(Make<TOSVersionFunction>(TOSVersionFunctionType(Type)));
   Functions.Add(Make<TCreateMFFunction>());
   Functions.Add(Make<TDeleteMFFunction>());
   Functions.Add(Make<TExplodeMFFunction>());

@@ -149,6 +149,44 @@ class TCurrentModuleFunction : public TTavoUserFunction {
   TCurrentModuleFunctionType FType;
 };
 
+// The file-system families: one class each, one object per name, the
+// member chosen by the type, which a name given later also selects.
+enum TFileFunctionType {
+  fftIsFileExists, fftCopyFile, fftDeleteFile, fftMoveFile, fftRenameFile,
+  fftGetFileExt, fftGetFilename, fftGetFilePath, fftReplaceFileExt, fftReplaceFilePath
+};
+enum TDirectoryFunctionType {
+  dftGetCurrentDir, dftSetCurrentDir, dftGetFiles, dftGetDirs, dftGetParentDir, dftGetRootDir, dftIsDirEmpty,
+  dftIsDirExists, dftCreateDir, dftCopyDir, dftMoveDir, dftDeleteDir, dftDirDelim
+};
+enum TPathFunctionType { pftGetHomePath, pftGetDocumentsPath, pftGetTempPath };
+enum TOSVersionFunctionType {
+  osvGetOSName, osvGetOSArchitecture, osvGetOSPlatform, osvGetOSBuildVersion, osvGetOSMajorVersion,
+  osvGetOSMinorVersion
+};
+
+#define TAVO_FAMILY_FUNCTION(ClassName, TypeName, Setter, First)                          \
+  class ClassName : public TTavoUserFunction {                                            \
+    TAVO_CLASS(ClassName, TTavoUserFunction)                                              \
+   public:                                                                                \
+    explicit ClassName(TypeName Type = First) : FType(Type) {}                            \
+    TypeName GetType() const { return FType; }                                            \
+    /* Sets the name, help, syntax and argument counts of the member. */                  \
+    void Setter(TypeName Value);                                                          \
+    void SetFunctionName(const String& Value) override;                                   \
+    void InitMetaData() override { Setter(FType); }                                       \
+    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+    using TTavoUserFunction::Call;                                                        \
+                                                                                          \
+   private:                                                                               \
+    TypeName FType;                                                                       \
+  };
+TAVO_FAMILY_FUNCTION(TFileFunction, TFileFunctionType, SetFileFunctionType, fftIsFileExists)
+TAVO_FAMILY_FUNCTION(TDirectoryFunction, TDirectoryFunctionType, SetDirectoryFunctionType, dftGetCurrentDir)
+TAVO_FAMILY_FUNCTION(TPathFunction, TPathFunctionType, SetPathFunctionType, pftGetHomePath)
+TAVO_FAMILY_FUNCTION(TOSVersionFunction, TOSVersionFunctionType, SetOSVersionFunctionType, osvGetOSName)
+#undef TAVO_FAMILY_FUNCTION
+
 class TStandardPackage : public TUserPackage {
   TAVO_CLASS(TStandardPackage, TUserPackage)
  public:
