@@ -339,7 +339,7 @@ const TConstructHelp ConstructHelps[] = {
     {u"Defines a type of values: its base types, range, cardinality, units, allowed values or fuzzy terms.",
      u"(deftype <name> [<comment>] extends (type <type>+) <constraint>*)"},
     {u"Defines a module and what it exports to and imports from other modules.",
-     u"(defmodule <name> [<comment>] <port-specification>*)"},
+     u"(defmodule <name> [<comment>] <export-or-import-statement>*)"},
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace tavo {
 
@@ -268,6 +269,8 @@ class TReader {
   double Number() { return Keep(FCall.Argument(FNext++, FContext)->GetAsNumeric()); }
   int Integer() { return int(Keep(FCall.Argument(FNext++, FContext)->GetAsInteger())); }
   TPaymentTime Timing() { return PaymentTimeOf(FCall.Argument(FNext++, FContext)->GetAsString()); }
+  template <class T>
+  T Next();
   std::vector<double> Flows() {
     const IValueVector List = FCall.Argument(FNext++, FContext)->GetAsList();
     std::vector<double> Result;
@@ -276,6 +279,15 @@ class TReader {
   }
   // The result as a float value, after the float unit's traps.
   ITavoValue Result(const String& Name, double Value) const { return FloatValue(TrapFloat(Name, Value, FRead)); }
+  // Reads the routine's parameters from the arguments in their order, by
+  // their types, and gives the routine's result.
+  template <class... A>
+  ITavoValue Apply(const String& Name, double (*Routine)(A...)) {
+    // A braced list is evaluated from left to right: the arguments are
+    // read in the routine's order.
+    std::tuple<std::decay_t<A>...> Arguments{Next<std::decay_t<A>>()...};
+    return Result(Name, std::apply(Routine, Arguments));
+  }
 
  private:
   double Keep(double Value) {
@@ -288,6 +300,23 @@ class TReader {
   std::vector<double> FRead;
 };
 
+template <>
+double TReader::Next<double>() {
+  return Number();
+}
+template <>
+int TReader::Next<int>() {
+  return Integer();
+}
+template <>
+TPaymentTime TReader::Next<TPaymentTime>() {
+  return Timing();
+}
+template <>
+std::vector<double> TReader::Next<std::vector<double>>() {
+  return Flows();
+}
+
 }  // namespace
 
 void TDoubleDecliningBalanceFunction::InitMetaData() {
@@ -299,12 +328,7 @@ void TDoubleDecliningBalanceFunction::InitMetaData() {
 
 void TDoubleDecliningBalanceFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Cost = Read.Number();
-  const double Salvage = Read.Number();
-  const int Life = Read.Integer();
-  const int Period = Read.Integer();
-  Result = Read.Result(FFunctionName, DoubleDecliningBalance(Cost, Salvage, Life, Period));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &DoubleDecliningBalance);
 }
 
 void TFutureValueFunction::InitMetaData() {
@@ -315,13 +339,7 @@ void TFutureValueFunction::InitMetaData() {
 
 void TFutureValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const int Periods = Read.Integer();
-  const double Each = Read.Number();
-  const double Present = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, FutureValue(Rate, Periods, Each, Present, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &FutureValue);
 }
 
 void TInterestPaymentFunction::InitMetaData() {
@@ -332,14 +350,7 @@ void TInterestPaymentFunction::InitMetaData() {
 
 void TInterestPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const int Period = Read.Integer();
-  const int Periods = Read.Integer();
-  const double Present = Read.Number();
-  const double Future = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, InterestPayment(Rate, Period, Periods, Present, Future, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &InterestPayment);
 }
 
 void TInterestRateFunction::InitMetaData() {
@@ -352,13 +363,7 @@ void TInterestRateFunction::InitMetaData() {
 
 void TInterestRateFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const int Periods = Read.Integer();
-  const double Each = Read.Number();
-  const double Present = Read.Number();
-  const double Future = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, InterestRate(Periods, Each, Present, Future, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &InterestRate);
 }
 
 void TInternalRateOfReturnFunction::InitMetaData() {
@@ -370,10 +375,7 @@ void TInternalRateOfReturnFunction::InitMetaData() {
 
 void TInternalRateOfReturnFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Guess = Read.Number();
-  const std::vector<double> Flows = Read.Flows();
-  Result = Read.Result(FFunctionName, InternalRateOfReturn(Guess, Flows));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &InternalRateOfReturn);
 }
 
 void TNetPresentValueFunction::InitMetaData() {
@@ -384,11 +386,7 @@ void TNetPresentValueFunction::InitMetaData() {
 
 void TNetPresentValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const std::vector<double> Flows = Read.Flows();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, NetPresentValue(Rate, Flows, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &NetPresentValue);
 }
 
 void TNumberOfPeriodsFunction::InitMetaData() {
@@ -400,13 +398,7 @@ void TNumberOfPeriodsFunction::InitMetaData() {
 
 void TNumberOfPeriodsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const double Each = Read.Number();
-  const double Present = Read.Number();
-  const double Future = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, NumberOfPeriods(Rate, Each, Present, Future, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &NumberOfPeriods);
 }
 
 void TPaymentFunction::InitMetaData() {
@@ -417,13 +409,7 @@ void TPaymentFunction::InitMetaData() {
 
 void TPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const int Periods = Read.Integer();
-  const double Present = Read.Number();
-  const double Future = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, Payment(Rate, Periods, Present, Future, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &Payment);
 }
 
 void TPeriodPaymentFunction::InitMetaData() {
@@ -434,14 +420,7 @@ void TPeriodPaymentFunction::InitMetaData() {
 
 void TPeriodPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const int Period = Read.Integer();
-  const int Periods = Read.Integer();
-  const double Present = Read.Number();
-  const double Future = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, PeriodPayment(Rate, Period, Periods, Present, Future, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &PeriodPayment);
 }
 
 void TPresentValueFunction::InitMetaData() {
@@ -452,13 +431,7 @@ void TPresentValueFunction::InitMetaData() {
 
 void TPresentValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Rate = Read.Number();
-  const int Periods = Read.Integer();
-  const double Each = Read.Number();
-  const double Future = Read.Number();
-  const TPaymentTime Timing = Read.Timing();
-  Result = Read.Result(FFunctionName, PresentValue(Rate, Periods, Each, Future, Timing));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &PresentValue);
 }
 
 void TSLNDepreciationFunction::InitMetaData() {
@@ -469,11 +442,7 @@ void TSLNDepreciationFunction::InitMetaData() {
 
 void TSLNDepreciationFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Cost = Read.Number();
-  const double Salvage = Read.Number();
-  const int Life = Read.Integer();
-  Result = Read.Result(FFunctionName, SLNDepreciation(Cost, Salvage, Life));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &SLNDepreciation);
 }
 
 void TSYDDepreciationFunction::InitMetaData() {
@@ -484,12 +453,7 @@ void TSYDDepreciationFunction::InitMetaData() {
 
 void TSYDDepreciationFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  TReader Read(FunCall, Context);
-  const double Cost = Read.Number();
-  const double Salvage = Read.Number();
-  const int Life = Read.Integer();
-  const int Period = Read.Integer();
-  Result = Read.Result(FFunctionName, SYDDepreciation(Cost, Salvage, Life, Period));
+  Result = TReader(FunCall, Context).Apply(FFunctionName, &SYDDepreciation);
 }
 
 void TBusinessPackage::CreateFunctions() {
