@@ -24,6 +24,7 @@ void TBindingInfo::Assign(const TPersistent* Source) {
     FFactIndex = Info->FFactIndex;
     FSlotIndex = Info->FSlotIndex;
     FLayoutSeen = nullptr;
+    NoteSlotIndex();
     return;
   }
   TPersistent::Assign(Source);

@@ -21,7 +21,9 @@ class TBindingInfo : public TPersistent {
  public:
   TBindingInfo() = default;
   TBindingInfo(int FactIndex, String SlotIndex, int SubIndex = NoSubIndex)
-      : FSubIndex(SubIndex), FFactIndex(FactIndex), FSlotIndex(std::move(SlotIndex)) {}
+      : FSubIndex(SubIndex), FFactIndex(FactIndex), FSlotIndex(std::move(SlotIndex)) {
+    NoteSlotIndex();
+  }
 
   int GetSubIndex() const { return FSubIndex; }
   int GetFactIndex() const { return FFactIndex; }
@@ -31,7 +33,10 @@ class TBindingInfo : public TPersistent {
   void SetSlotIndex(const String& Value) {
     FSlotIndex = Value;
     FLayoutSeen = nullptr;
+    NoteSlotIndex();
   }
+  // Whether the coordinates name a pattern's fact rather than a slot.
+  bool IsPatternBinding() const { return FPatternBinding; }
 
   // All three coordinates equal; Other must be a TBindingInfo or descend from it.
   virtual bool Equals(const TObject* Other) const;
@@ -51,6 +56,10 @@ class TBindingInfo : public TPersistent {
   // The slot's position, worked out once for the layout it was found in.
   mutable const void* FLayoutSeen = nullptr;
   mutable int FSlotPosition = -1;
+  bool FPatternBinding = false;
+
+ private:
+  void NoteSlotIndex() { FPatternBinding = FSlotIndex == SPatternBinding; }
 };
 
 // A named value in a context; with coordinates instead of a value, where a
@@ -134,6 +143,13 @@ class TContextFact : public TCloneableObject {
   // The position of the slot of that name in the fact's layout, or -1.
   virtual int GetSlotPosition(StringView Name) const = 0;
   virtual const ITavoValue& GetValueAt(int Position) = 0;
+  // The value at Position of Layout in one call, when the fact follows that
+  // layout and holds a value there; null sends the caller the general way.
+  virtual const ITavoValue* PeekSlot(const void* Layout, int Position) const {
+    (void)Layout;
+    (void)Position;
+    return nullptr;
+  }
 };
 using IContextFact = TRef<TContextFact>;
 
@@ -234,8 +250,9 @@ class TTavoContext : public TPersistent {
   }
 
   // The value at a variable's coordinates in the current token and fact,
-  // this scope's or else those of the enclosing scope that holds them.
-  ITavoValue ResolveBindingInfo(const TBindingInfo& Info) const;
+  // this scope's or else those of the enclosing scope that holds them. A
+  // value made on the way (a fact id, a member of a list) lands in Scratch.
+  const ITavoValue& ResolveBindingInfo(const TBindingInfo& Info, ITavoValue& Scratch) const;
 
  private:
   // This scope's own binding of the name: a bound frame slot or a named

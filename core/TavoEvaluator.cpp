@@ -120,9 +120,8 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
       if (Value.HoldsBindingInfo()) {
         auto* Info = static_cast<TBindingInfo*>(Value.GetValue().VObject);
         if (!Context) throw ETavoException(Format(SNoContext, GetTavoTypeName(dtObject)));
-        Scratch = Context->ResolveBindingInfo(*Info);
-        if (!Scratch) Scratch = FCNil;
-        return Scratch;
+        const ITavoValue& Resolved = Context->ResolveBindingInfo(*Info, Scratch);
+        return Resolved ? Resolved : FCNil;
       }
       return Expression;
     default:
@@ -132,6 +131,49 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
       // argument, a fuzzy expression).
       return Expression;
   }
+}
+
+bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber& Result) {
+  const TTavoValue* Value = Expression.Get();
+  if (!Value->IsPlainClass()) return false;
+  ITavoValue Scratch;
+  switch (Value->GetDType()) {
+    case dtVariable: {
+      if (!Context) return false;
+      const ITavoValue* Bound = Context->FindVariable(*Value);
+      if (!Bound || !*Bound) return false;
+      Value = Bound->Get();
+      break;
+    }
+    case dtFunCall: {
+      auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface);
+      if (!Call || !Call->GetUserFunction()) return false;
+      CheckStack(*Call);
+      return Call->GetUserFunction()->CallNumericChecked(*Call, Context, Result);
+    }
+    case dtObject: {
+      if (!Value->HoldsBindingInfo() || !Context) return false;
+      const ITavoValue& Resolved =
+          Context->ResolveBindingInfo(*static_cast<TBindingInfo*>(Value->GetValue().VObject), Scratch);
+      if (!Resolved) return false;
+      Value = Resolved.Get();
+      break;
+    }
+    default:
+      break;
+  }
+  const TTavoType Type = Value->GetDType();
+  if (TavoIntegerTypes.Contains(Type)) {
+    Result.Integer = Value->GetValue().VInteger;
+    Result.IsFloat = false;
+    return true;
+  }
+  if (Type == dtFloat) {
+    Result.Float = Value->GetValue().VExtended;
+    Result.IsFloat = true;
+    return true;
+  }
+  return false;
 }
 
 // TTavoValue
@@ -154,7 +196,8 @@ ITavoValue TTavoValue::Resolve(TObject* Context) {
         auto* Info = static_cast<TBindingInfo*>(FValue.VObject);
         auto* Scope = dynamic_cast<TTavoContext*>(Context);
         if (!Scope) throw ETavoException(Format(SNoContext, GetTavoTypeName(GetDType())));
-        return Scope->ResolveBindingInfo(*Info);
+        ITavoValue Scratch;
+        return Scope->ResolveBindingInfo(*Info, Scratch);
       }
       break;
     case dtSingletons:
@@ -334,6 +377,7 @@ void TInterpretedFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
 // TTavoContext
 
 const ITavoValue& ReadSlot(TContextFact& Fact, const TBindingInfo& Info) {
+  if (const ITavoValue* Value = Fact.PeekSlot(Info.FLayoutSeen, Info.FSlotPosition)) return *Value;
   const void* Layout = Fact.GetSlotLayout();
   if (Info.FLayoutSeen != Layout || !Layout) {
     Info.FSlotPosition = Fact.GetSlotPosition(Info.GetSlotIndex());
@@ -342,7 +386,7 @@ const ITavoValue& ReadSlot(TContextFact& Fact, const TBindingInfo& Info) {
   return Info.FSlotPosition >= 0 ? Fact.GetValueAt(Info.FSlotPosition) : Fact.GetValue(Info.GetSlotIndex());
 }
 
-ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
+const ITavoValue& TTavoContext::ResolveBindingInfo(const TBindingInfo& Info, ITavoValue& Scratch) const {
   const TTavoContext& Scope = FToken || FFact || !FMatchScope ? *this : *FMatchScope;
   int TokenCount = Scope.FToken ? Scope.FToken->GetCount() : 0;
   TContextFact* Fact = nullptr;
@@ -351,10 +395,10 @@ ITavoValue TTavoContext::ResolveBindingInfo(const TBindingInfo& Info) const {
   else if (Scope.FToken)
     Fact = Scope.FToken->GetContextFact(Info.GetFactIndex());
   if (!Fact) throw ETavoException(Format(SCorruptedVariable, Info.ToString()));
-  if (Info.GetSlotIndex() == SPatternBinding) return Make<TTavoValue>(Fact->GetID(), dtFactId);
+  if (Info.IsPatternBinding()) return Scratch = Make<TTavoValue>(Fact->GetID(), dtFactId);
   const ITavoValue& Value = ReadSlot(*Fact, Info);
   if (Info.GetSubIndex() == NoSubIndex) return Value;
-  return Value->GetAsList()->Get(Info.GetSubIndex());
+  return Scratch = Value->GetAsList()->Get(Info.GetSubIndex());
 }
 
 }  // namespace tavo

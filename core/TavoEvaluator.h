@@ -14,6 +14,14 @@ namespace tavo {
 // that gives nothing reads as nil.
 const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Scratch);
 
+// Expression as a number, without making a value: a literal integer or
+// float, a variable or a slot that holds one, or a call whose function
+// answers by CallNumeric. False for anything else, and the caller takes
+// the general way, which evaluates Expression again: nothing that answers
+// here has side effects. The integer kinds read as integers, as arithmetic
+// reads them.
+bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber& Result);
+
 // Expression evaluated into Result, which must not hold the expression.
 inline void EvaluateInto(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Result) {
   const ITavoValue& Value = Evaluate(Expression, Context, Result);

@@ -100,6 +100,8 @@ void TTavoUserFunction::CallChecked(TFunctionCall& FunCall, TTavoContext* Contex
 
 void TTavoUserFunction::Call(TFunctionCall&, TTavoContext*, ITavoValue& Result) { Result.Reset(); }
 
+bool TTavoUserFunction::CallNumeric(const TFunctionCall&, TTavoContext*, TNumber&) { return false; }
+
 void TTavoUserFunction::Assign(const TPersistent* Source) {
   auto* Function = dynamic_cast<const TTavoUserFunction*>(Source);
   if (!Function) {

@@ -34,6 +34,15 @@ class TBaseReasonerList {
 
 enum TReasonerAction { raAdded, raRemoved };
 
+// A number as the arithmetic functions give it: a 32-bit integer, or a
+// float when IsFloat.
+struct TNumber {
+  double Float = 0;
+  int32_t Integer = 0;
+  bool IsFloat = false;
+  double AsDouble() const { return IsFloat ? Float : double(Integer); }
+};
+
 // A function callable from the rule language. Built-in functions derive
 // from it, set their name, help and argument counts in InitMetaData, and do
 // their work in the virtual Call (adding `using TTavoUserFunction::Call;` to
@@ -82,6 +91,14 @@ class TTavoUserFunction : public TCounted<TPersistent> {
   void CallChecked(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result);
   // The function's work; Result starts out null.
   virtual void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result);
+  // The answer as a number, worked out without making a value, from
+  // arguments that are numbers the same way (see EvaluateNumber): true when
+  // Result holds it. False sends the caller the general way, Call, which
+  // then gives the same answer or raises; a caller may have evaluated some
+  // arguments already, so only functions without side effects answer here.
+  // The entry checks the argument counts; the default answers false.
+  bool CallNumericChecked(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result);
+  virtual bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result);
 
   void Assign(const TPersistent* Source) override;
   using TPersistent::ToString;
@@ -195,6 +212,12 @@ class TArgument {
 
 inline TArgument TFunctionCall::Argument(int Index, TTavoContext* Context) const {
   return TArgument(*this, Index, Context);
+}
+
+inline bool TTavoUserFunction::CallNumericChecked(const TFunctionCall& FunCall, TTavoContext* Context,
+                                                  TNumber& Result) {
+  const int Count = FunCall.GetArgumentCount();
+  return Count >= FMinArgumentCount && Count <= FMaxArgumentCount && CallNumeric(FunCall, Context, Result);
 }
 
 // A function written in the rule language.

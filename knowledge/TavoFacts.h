@@ -55,6 +55,9 @@ class TFact : public TContextFact {
     const ITavoValue& Value = FBlock->Values()[Position];
     return Value ? &Value : nullptr;
   }
+  const ITavoValue* PeekSlot(const void* Layout, int Position) const override {
+    return PeekValueAt(Layout, Position);
+  }
   // How many slots have been written so far.
   int GetValueCount() const;
   const TStringList<int>& GetSlotNames() const;

@@ -329,7 +329,7 @@ bool TRule::BindingValue(const TBinding& Binding, TContextToken* Token, const IF
   TContextFact* Fact = Token->GetContextFact(Index);
   // A place of a negation holds the null fact, and binds nothing.
   if (!Fact || (Null && Fact == Null->Get())) return false;
-  if (Binding.GetSlotIndex() == SPatternBinding) {
+  if (Binding.IsPatternBinding()) {
     Value = Make<TTavoValue>(Fact->GetID(), dtFactId);
   } else {
     Value = ReadSlot(*Fact, Binding);

@@ -473,7 +473,7 @@ void TJoinNode::AskForBackChain(const IReteToken& Token) {
       } else if (TBinding* Binding = FRule->GetBindingByName(Tested->GetAsString());
                  Binding && Token->GetCount() > Binding->GetFactIndex()) {
         TFact* Fact = Token->GetFacts(Binding->GetFactIndex());
-        if (Binding->GetSlotIndex() == SPatternBinding)
+        if (Binding->IsPatternBinding())
           Found = Make<TTavoValue>(IFact(Fact));
         else
           Found = Fact->GetValue(Binding->GetSlotIndex());

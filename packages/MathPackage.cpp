@@ -1,5 +1,7 @@
 #include "packages/MathPackage.h"
 
+#include "core/TavoEvaluator.h"
+
 #include <chrono>
 #include <cmath>
 #include <limits>
@@ -37,60 +39,110 @@ enum TArithmetic { arAdd, arSubtract, arMultiply };
 // Integers accumulate exactly in 64 bits for as long as a double would hold
 // the total exactly too, so the answer is the one of double arithmetic; past
 // that, or at the first argument read from text, the sum goes on in a
-// double.
+// double. Both roads of evaluation feed the arguments in here, so that
+// they agree to the bit.
+class TAccumulator {
+ public:
+  explicit TAccumulator(TArithmetic Operation) : FOperation(Operation), FWhole(Operation == arMultiply ? 1 : 0) {}
+
+  // An argument of an integer kind.
+  void AddInteger(int64_t Number) {
+    if (FInDouble) {
+      AddDouble(double(Number), false);
+      return;
+    }
+    constexpr int64_t Exact = int64_t(1) << 53;
+    int64_t Next;
+    if (FOperation == arMultiply) {
+      if (__builtin_mul_overflow(FWhole, Number, &Next)) Next = Exact + 1;
+    } else if (FOperation == arAdd || FIndex == 0) {
+      Next = FWhole + Number;
+    } else {
+      Next = FWhole - Number;
+    }
+    if (Next <= Exact && Next >= -Exact) {
+      FWhole = Next;
+      ++FIndex;
+      return;
+    }
+    // Beyond exact doubles: redo this step in double arithmetic.
+    FTotal = double(FWhole);
+    FInDouble = true;
+    Apply(double(Number));
+  }
+  // Any other argument, read as a number; IsFloat for a float.
+  void AddDouble(double Number, bool IsFloat) {
+    if (!FInDouble) {
+      FTotal = double(FWhole);
+      FInDouble = true;
+    }
+    if (IsFloat) FIsFloat = true;
+    Apply(Number);
+  }
+  TNumber Result() const {
+    TNumber Answer;
+    if (!FInDouble) {
+      Answer.Integer = int32_t(uint32_t(uint64_t(FWhole)));
+    } else if (FIsFloat) {
+      Answer.Float = FTotal;
+      Answer.IsFloat = true;
+    } else {
+      Answer.Integer = RoundToInt32(FTotal);
+    }
+    return Answer;
+  }
+
+ private:
+  void Apply(double Number) {
+    if (FOperation == arMultiply)
+      FTotal *= Number;
+    else if (FOperation == arAdd || FIndex == 0)
+      FTotal += Number;
+    else
+      FTotal -= Number;
+    ++FIndex;
+  }
+
+  TArithmetic FOperation;
+  int64_t FWhole;
+  double FTotal = 0;
+  int FIndex = 0;
+  bool FInDouble = false;
+  bool FIsFloat = false;
+};
+
+ITavoValue NumberValue(const TNumber& Number) {
+  return Number.IsFloat ? FloatValue(Number.Float) : IntegerValue(Number.Integer);
+}
+
 void Accumulate(TArithmetic Operation, TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  constexpr int64_t Exact = int64_t(1) << 53;
-  int64_t Whole = Operation == arMultiply ? 1 : 0;
-  double Total = 0;
-  bool InDouble = false;
-  bool IsFloat = false;
+  TAccumulator Sum(Operation);
   const int Count = FunCall.GetArgumentCount();
   for (int I = 0; I < Count; ++I) {
     TArgument Value = FunCall.Argument(I, Context);
     const TTavoType Type = Value->GetDType();
-    if (!InDouble && TavoIntegerTypes.Contains(Type)) {
-      const int64_t Number = Value->GetValue().VInteger;
-      int64_t Next;
-      if (Operation == arMultiply) {
-        if (__builtin_mul_overflow(Whole, Number, &Next)) Next = Exact + 1;
-      } else if (Operation == arAdd || I == 0) {
-        Next = Whole + Number;
-      } else {
-        Next = Whole - Number;
-      }
-      if (Next <= Exact && Next >= -Exact) {
-        Whole = Next;
-        continue;
-      }
-      // Beyond exact doubles: redo this step in double arithmetic.
-      Total = double(Whole);
-      InDouble = true;
-      if (Operation == arMultiply)
-        Total *= double(Number);
-      else if (Operation == arAdd || I == 0)
-        Total += double(Number);
-      else
-        Total -= double(Number);
-      continue;
-    }
-    if (!InDouble) {
-      Total = double(Whole);
-      InDouble = true;
-    }
-    double Number = Value->GetAsNumeric();
-    if (Type == dtFloat) IsFloat = true;
-    if (Operation == arMultiply)
-      Total *= Number;
-    else if (Operation == arAdd || I == 0)
-      Total += Number;
+    if (TavoIntegerTypes.Contains(Type))
+      Sum.AddInteger(Value->GetValue().VInteger);
     else
-      Total -= Number;
+      Sum.AddDouble(Value->GetAsNumeric(), Type == dtFloat);
   }
-  if (!InDouble) {
-    Result = IntegerValue(int32_t(uint32_t(uint64_t(Whole))));
-    return;
+  Result = NumberValue(Sum.Result());
+}
+
+// The same without making values, when every argument is a number.
+bool AccumulateNumbers(TArithmetic Operation, const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
+  TAccumulator Sum(Operation);
+  const int Count = FunCall.GetArgumentCount();
+  for (int I = 0; I < Count; ++I) {
+    TNumber Number;
+    if (!EvaluateNumber(FunCall.GetArgument(I), Context, Number)) return false;
+    if (Number.IsFloat)
+      Sum.AddDouble(Number.Float, true);
+    else
+      Sum.AddInteger(Number.Integer);
   }
-  Result = IsFloat ? FloatValue(Total) : IntegerValue(RoundToInt32(Total));
+  Result = Sum.Result();
+  return true;
 }
 
 // The first of equals leads; a float leader makes the result a float for good.
@@ -176,6 +228,10 @@ void TMinusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Accumulate(arSubtract, FunCall, Context, Result);
 }
 
+bool TMinusFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
+  return AccumulateNumbers(arSubtract, FunCall, Context, Result);
+}
+
 void TModFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"mod", u"Returns the remainder of the first argument divided by the second",
@@ -200,6 +256,10 @@ void TPlusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Accumulate(arAdd, FunCall, Context, Result);
 }
 
+bool TPlusFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
+  return AccumulateNumbers(arAdd, FunCall, Context, Result);
+}
+
 void TTimesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
@@ -208,6 +268,10 @@ void TTimesFunction::InitMetaData() {
 void TTimesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   Accumulate(arMultiply, FunCall, Context, Result);
+}
+
+bool TTimesFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
+  return AccumulateNumbers(arMultiply, FunCall, Context, Result);
 }
 
 void TAbsFunction::InitMetaData() {

@@ -20,6 +20,7 @@ class TMinusFunction : public TTavoUserFunction {
   void InitMetaData() override;
   void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
   using TTavoUserFunction::Call;
+  bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) override;
 };
 
 class TModFunction : public TTavoUserFunction {
@@ -36,6 +37,7 @@ class TPlusFunction : public TTavoUserFunction {
   void InitMetaData() override;
   void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
   using TTavoUserFunction::Call;
+  bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) override;
 };
 
 class TTimesFunction : public TTavoUserFunction {
@@ -44,6 +46,7 @@ class TTimesFunction : public TTavoUserFunction {
   void InitMetaData() override;
   void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
   using TTavoUserFunction::Call;
+  bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) override;
 };
 
 class TAbsFunction : public TTavoUserFunction {

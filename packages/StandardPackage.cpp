@@ -78,6 +78,33 @@ bool EachBeforeNext(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Orde
   return Result;
 }
 
+// The numeric comparisons first read their arguments as numbers without
+// making values (see EvaluateNumber), each against the first or, when
+// Chained, against the one before it; false, and the general way runs,
+// when some argument is not a number of that kind.
+template <class TPair>
+bool ComparedAsNumbers(const TFunctionCall& FunCall, TTavoContext* Context, bool Chained, TPair Pair, bool& Answer) {
+  TNumber Number;
+  if (!EvaluateNumber(FunCall.GetArgument(0), Context, Number)) return false;
+  double Anchor = Number.AsDouble();
+  bool Result = true;
+  for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
+    if (!EvaluateNumber(FunCall.GetArgument(I), Context, Number)) return false;
+    const double Current = Number.AsDouble();
+    if (Result && !Pair(Anchor, Current)) Result = false;
+    if (Chained) Anchor = Current;
+  }
+  Answer = Result;
+  return true;
+}
+
+template <class TOrdered>
+bool EachBeforeNextNumber(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Ordered) {
+  bool Answer;
+  return ComparedAsNumbers(FunCall, Context, true, Ordered, Answer) ? Answer
+                                                                    : EachBeforeNext(FunCall, Context, Ordered);
+}
+
 bool StrictlyEqual(const ITavoValue& A, const ITavoValue& B) { return A->Equals(B); }
 bool NumericallyEqual(const ITavoValue& A, const ITavoValue& B) { return A->GetAsNumeric() == B->GetAsNumeric(); }
 
@@ -388,7 +415,10 @@ void TEqualsFunction::InitMetaData() {
 
 void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(AllMatchFirst(FunCall, Context, NumericallyEqual));
+  bool Answer;
+  if (!ComparedAsNumbers(FunCall, Context, false, [](double A, double B) { return A == B; }, Answer))
+    Answer = AllMatchFirst(FunCall, Context, NumericallyEqual);
+  Result = BooleanValue(Answer);
 }
 
 void TNotEqualsFunction::InitMetaData() {
@@ -399,7 +429,10 @@ void TNotEqualsFunction::InitMetaData() {
 
 void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(NoneMatchesFirst(FunCall, Context, NumericallyEqual));
+  bool Answer;
+  if (!ComparedAsNumbers(FunCall, Context, false, [](double A, double B) { return !(A == B); }, Answer))
+    Answer = NoneMatchesFirst(FunCall, Context, NumericallyEqual);
+  Result = BooleanValue(Answer);
 }
 
 void TGtFunction::InitMetaData() {
@@ -410,7 +443,7 @@ void TGtFunction::InitMetaData() {
 
 void TGtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A > B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A > B; }));
 }
 
 void TGtOrEqFunction::InitMetaData() {
@@ -421,7 +454,7 @@ void TGtOrEqFunction::InitMetaData() {
 
 void TGtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A >= B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A >= B; }));
 }
 
 void TLtFunction::InitMetaData() {
@@ -432,7 +465,7 @@ void TLtFunction::InitMetaData() {
 
 void TLtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A < B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A < B; }));
 }
 
 void TLtOrEqFunction::InitMetaData() {
@@ -443,7 +476,7 @@ void TLtOrEqFunction::InitMetaData() {
 
 void TLtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNext(FunCall, Context, [](double A, double B) { return A <= B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A <= B; }));
 }
 
 // __get-var

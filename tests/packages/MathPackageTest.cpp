@@ -5,6 +5,7 @@
 #include <cmath>
 #include <set>
 
+#include "core/TavoEvaluator.h"
 #include "engine/InferenceEngine.h"
 #include "tests/TestSupport.h"
 
@@ -67,6 +68,53 @@ TEST_F(MathPackageTest, IntegerResultsWrapAt32BitsAndLoseDigitsBeyondTheDouble) 
   // 2^53 + 1 has no double; the sum lands on 2^53, whose low 32 bits are 0.
   EXPECT_EQ(Shown(u"+", {Str(u"9007199254740992"), Int(1)}), u"dtInteger 0");
   EXPECT_EQ(Shown(u"+", {Str(u"9007199254740992"), Int(2)}), u"dtInteger 2");
+}
+
+// Comparisons and arithmetic read numbers without making values where they
+// can; that road must answer exactly as the general one, kinds included,
+// and leave to it whatever it cannot read.
+TEST_F(MathPackageTest, NumbersReadWithoutValuesAgreeWithTheGeneralRoad) {
+  const std::initializer_list<ITavoValue> Cases[] = {
+      {Int(1), Int(2)},
+      {Int(2147483647), Int(1)},
+      {Int(-2147483647 - 1), Int(1)},
+      {Int(65536), Int(65536), Int(3)},
+      {Int(59049), Int(59049), Int(59049), Int(59049), Int(3)},
+      {Flt(2.5), Int(2)},
+      {Int(1), Flt(-0.5), Int(7)},
+      {Flt(1e300), Flt(1e300)},
+      {Int(5)},
+  };
+  for (const char16_t* Name : {u"+", u"-", u"*"})
+    for (const auto& Arguments : Cases) {
+      IFunCall Call = Build(Name, Arguments);
+      const ITavoValue General = Call->Execute(&Context);
+      TNumber Number;
+      ASSERT_TRUE(EvaluateNumber(Make<TTavoValue>(Call), &Context, Number)) << StringToUtf8(Typed(General));
+      const ITavoValue Read = Number.IsFloat ? Flt(Number.Float) : Int(Number.Integer);
+      EXPECT_EQ(Typed(Read), Typed(General)) << StringToUtf8(Name);
+    }
+  // Text, nil and a call of a function without a numeric road go the
+  // general way.
+  TNumber Number;
+  IFunCall WithText = Build(u"+", {Int(1), Str(u"2")});
+  WithText->Execute(&Context);
+  EXPECT_FALSE(EvaluateNumber(Make<TTavoValue>(WithText), &Context, Number));
+  EXPECT_FALSE(EvaluateNumber(FCNil, &Context, Number));
+  IFunCall Absolute = Build(u"abs", {Int(-3)});
+  Absolute->Execute(&Context);
+  EXPECT_FALSE(EvaluateNumber(Make<TTavoValue>(Absolute), &Context, Number));
+  // The comparisons answer the same either way.
+  const struct {
+    const char16_t* Code;
+    const char16_t* Answer;
+  } Comparisons[] = {{u"(= (+ 1 \"2\") 3)", u"TRUE"},      {u"(= (+ 1 2) 3.0 (- 6 3))", u"TRUE"},
+                     {u"(< 1 (- 5 2.5) 3)", u"TRUE"},       {u"(<> 1 (* 1 1.0))", u"FALSE"},
+                     {u"(<> \"1\" 2 3)", u"TRUE"},          {u"(>= 3 \"3\" (abs -2))", u"TRUE"},
+                     {u"(> (* 65536 65536) -1)", u"TRUE"}, {u"(<= 1 1 (+ 2147483647 1))", u"FALSE"}};
+  for (const auto& Comparison : Comparisons)
+    EXPECT_EQ(Engine.ParseNExecuteFunCall(Comparison.Code)->ToString(), Comparison.Answer)
+        << StringToUtf8(Comparison.Code);
 }
 
 TEST_F(MathPackageTest, DivisionCorners) {
