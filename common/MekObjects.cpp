@@ -92,12 +92,40 @@ std::unique_ptr<TPersistent> ClonePersistentClass(const TPersistent* Source, con
   std::unique_ptr<TPersistent> Result(dynamic_cast<TPersistent*>(Instance));
   if (!Result) {
     delete Instance;
-    throw EMekException(Format(u"Cannot create an instance of class %s", String(Class.Name)));
+    throw EMekException(Format(SCannotCreateInstance, String(Class.Name)));
   }
   Result->AfterConstruction();
   Result->Assign(Source);
   return Result;
 }
+
+namespace {
+
+// The names of the components that have one. Never destroyed, as the tags.
+struct TNameTable {
+  std::mutex Lock;
+  TMekDictionary<const TComponent*, String> Names;
+};
+
+TNameTable& ComponentNames() {
+  static TNameTable* Table = new TNameTable();
+  return *Table;
+}
+
+// The component of Owner other than Except that is called Name; the
+// table's lock is held.
+const TComponent* FindNamed(const TNameTable& Table, const std::vector<TComponent*>& Components, StringView Name,
+                            const TComponent* Except) {
+  if (Name.empty()) return nullptr;
+  for (const TComponent* Component : Components) {
+    if (Component == Except || !Component->GetComponentState().Contains(csNamed)) continue;
+    const String* Found = Table.Names.Find(Component);
+    if (Found && *Found == Name) return Component;
+  }
+  return nullptr;
+}
+
+}  // namespace
 
 TComponent::TComponent(TComponent* AOwner) {
   if (AOwner) AOwner->InsertComponent(this);
@@ -108,6 +136,40 @@ TComponent::~TComponent() {
   NotifyFreeing();
   DestroyComponents();
   if (FOwner) FOwner->RemoveComponent(this);
+  if (FComponentState.Contains(csNamed)) {
+    TNameTable& Table = ComponentNames();
+    std::lock_guard<std::mutex> Lock(Table.Lock);
+    Table.Names.Remove(this);
+  }
+}
+
+String TComponent::GetName() const {
+  if (!FComponentState.Contains(csNamed)) return String();
+  TNameTable& Table = ComponentNames();
+  std::lock_guard<std::mutex> Lock(Table.Lock);
+  const String* Name = Table.Names.Find(this);
+  return Name ? *Name : String();
+}
+
+void TComponent::SetName(const String& Value) {
+  if (Value.empty() && !FComponentState.Contains(csNamed)) return;
+  TNameTable& Table = ComponentNames();
+  std::lock_guard<std::mutex> Lock(Table.Lock);
+  if (Value.empty()) {
+    Table.Names.Remove(this);
+    FComponentState.Exclude(csNamed);
+    return;
+  }
+  if (FOwner && FindNamed(Table, FOwner->FComponents, Value, this))
+    throw EMekException(Format(SDuplicateComponentName, Value));
+  Table.Names.AddOrSetValue(this, Value);
+  FComponentState.Include(csNamed);
+}
+
+TComponent* TComponent::FindComponent(StringView Name) const {
+  TNameTable& Table = ComponentNames();
+  std::lock_guard<std::mutex> Lock(Table.Lock);
+  return const_cast<TComponent*>(FindNamed(Table, FComponents, Name, nullptr));
 }
 
 void TComponent::NotifyFreeing() {
@@ -121,6 +183,13 @@ void TComponent::NotifyFreeing() {
 }
 
 void TComponent::InsertComponent(TComponent* Component) {
+  if (Component->FComponentState.Contains(csNamed)) {
+    TNameTable& Table = ComponentNames();
+    std::lock_guard<std::mutex> Lock(Table.Lock);
+    const String* Name = Table.Names.Find(Component);
+    if (Name && FindNamed(Table, FComponents, *Name, Component))
+      throw EMekException(Format(SDuplicateComponentName, *Name));
+  }
   if (Component->FOwner) Component->FOwner->RemoveComponent(Component);
   FComponents.push_back(Component);
   Component->FOwner = this;
@@ -172,6 +241,12 @@ void TComponent::SetLoading(bool Value) {
 
 void TComponent::Notification(TComponent* Component, TOperation Operation) {
   if (Operation == opRemove) RemoveNotification(Component);
+}
+
+bool TBasicAction::Execute() {
+  if (!OnExecute) return false;
+  OnExecute(this);
+  return true;
 }
 
 TComponent* CloneComponent(const TComponent* Source) {

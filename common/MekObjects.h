@@ -291,8 +291,12 @@ using ICloneableObject = TRef<TCloneableObject>;
 // class cannot be instantiated without arguments or is not persistent.
 std::unique_ptr<TPersistent> ClonePersistentClass(const TPersistent* Source, const TClass& Class);
 
+inline constexpr char16_t SDuplicateComponentName[] = u"A component named %s already exists";
+inline constexpr char16_t SCannotCreateInstance[] = u"Cannot create an instance of class %s";
+
 enum TOperation { opInsert, opRemove };
-enum TComponentStateFlag { csLoading, csDestroying };
+// csNamed says that the component has a name, which is kept out of line.
+enum TComponentStateFlag { csLoading, csDestroying, csNamed };
 using TComponentState = TSet<TComponentStateFlag>;
 
 // An object that owns sub-components (freed with it) and tells registered
@@ -313,10 +317,22 @@ class TComponent : public TPersistent {
   TComponent* GetOwner() const { return FOwner; }
   int GetComponentCount() const { return int(FComponents.size()); }
   TComponent* GetComponent(int Index) const { return FComponents.at(size_t(Index)); }
+  // A named component is unique by name among the components of its owner.
+  // Inserting one where its name is taken raises.
   void InsertComponent(TComponent* Component);
   void RemoveComponent(TComponent* Component);
   // Frees every owned component, last first.
   void DestroyComponents();
+
+  // The name by which the owner finds the component; empty for none. Few
+  // components have one, so names live in a table of the process rather
+  // than in a field of every component. A name that another component of
+  // the same owner has raises SDuplicateComponentName.
+  String GetName() const;
+  void SetName(const String& Value);
+  // The owned component of that name (exact case), or null; an empty name
+  // finds nothing.
+  TComponent* FindComponent(StringView Name) const;
 
   // Registers Component for a Notification when this one is freed, and the
   // other way round.
@@ -344,6 +360,18 @@ class TComponent : public TPersistent {
   std::vector<TComponent*> FComponents;
   std::vector<TComponent*> FFreeNotifies;
   TComponentState FComponentState;
+};
+
+// A component that does one thing when asked: a host derives from it and
+// overrides Execute, or assigns OnExecute.
+class TBasicAction : public TComponent {
+  TAVO_CLASS(TBasicAction, TComponent)
+ public:
+  explicit TBasicAction(TComponent* AOwner = nullptr) : TComponent(AOwner) {}
+  // Runs OnExecute and answers true; false when none is assigned.
+  virtual bool Execute();
+
+  TNotifyEvent OnExecute;
 };
 
 // A component that passes every Notification on to an object that cannot

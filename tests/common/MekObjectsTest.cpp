@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "common/MekExceptions.h"
+#include "tests/TestSupport.h"
 
 namespace tavo {
 namespace {
@@ -139,6 +140,44 @@ TEST(MekObjectsTest, ComponentCloneKeepsClassAndOwner) {
   EXPECT_EQ(&Copy->ClassType(), &TNoted::StaticClass());
   EXPECT_EQ(Copy->GetOwner(), &Owner);
   EXPECT_EQ(Owner.GetComponentCount(), 2);
+}
+
+TEST(MekObjectsTest, NamedComponentsAreUniqueAmongTheirOwnersComponents) {
+  TComponent Owner, OtherOwner;
+  auto* Lamp = new TComponent(&Owner);
+  auto* Fan = new TComponent(&Owner);
+  auto* Elsewhere = new TComponent(&OtherOwner);
+  EXPECT_EQ(Lamp->GetName(), u"");
+  Lamp->SetName(u"Lamp");
+  Fan->SetName(u"Fan");
+  Elsewhere->SetName(u"Lamp");  // another owner's namespace
+  EXPECT_EQ(Owner.FindComponent(u"Lamp"), Lamp);
+  EXPECT_EQ(Owner.FindComponent(u"lamp"), nullptr) << "names compare with their case";
+  EXPECT_EQ(Owner.FindComponent(u""), nullptr);
+  EXPECT_EQ(OtherOwner.FindComponent(u"Lamp"), Elsewhere);
+
+  EXPECT_EQ(FailureOf([&] { Fan->SetName(u"Lamp"); }), u"A component named Lamp already exists");
+  EXPECT_EQ(Fan->GetName(), u"Fan");
+  Lamp->SetName(u"Lamp");  // its own name again
+  EXPECT_EQ(FailureOf([&] { Owner.InsertComponent(Elsewhere); }), u"A component named Lamp already exists");
+  EXPECT_EQ(Elsewhere->GetOwner(), &OtherOwner) << "a refused insertion leaves the component where it was";
+
+  Lamp->SetName(u"");
+  EXPECT_EQ(Owner.FindComponent(u"Lamp"), nullptr);
+  Owner.InsertComponent(Elsewhere);
+  EXPECT_EQ(Owner.FindComponent(u"Lamp"), Elsewhere);
+  delete Elsewhere;  // its name goes with it
+  Fan->SetName(u"Lamp");
+  EXPECT_EQ(Owner.FindComponent(u"Lamp"), Fan);
+}
+
+TEST(MekObjectsTest, ActionAnswersWhetherItHadSomethingToDo) {
+  TBasicAction Action;
+  EXPECT_FALSE(Action.Execute());
+  TObject* Sender = nullptr;
+  Action.OnExecute = [&](TObject* From) { Sender = From; };
+  EXPECT_TRUE(Action.Execute());
+  EXPECT_EQ(Sender, &Action);
 }
 
 // Two bases at different offsets, so that a cross cast moves the pointer.
