@@ -130,6 +130,27 @@ void TPropInfo::SetOrd(TObject& Instance, int64_t Value) const {
   Access.Set(Instance, Value);
 }
 
+String TPropInfo::GetEnum(const TObject& Instance) const {
+  if (FKind != tkEnumeration) InvalidType();
+  return FEnumInfo->GetName(GetOrd(Instance));
+}
+
+String TPropInfo::GetSet(const TObject& Instance, bool Brackets) const {
+  if (FKind != tkSet) InvalidType();
+  const uint64_t Bits = uint64_t(GetOrd(Instance));
+  String Result;
+  if (Brackets) Result += u'[';
+  bool First = true;
+  for (int Member = 0; Member < FEnumInfo->GetCount(); ++Member) {
+    if (!(Bits & (uint64_t(1) << Member))) continue;
+    if (!First) Result += u',';
+    First = false;
+    Result += FEnumInfo->GetName(Member);
+  }
+  if (Brackets) Result += u']';
+  return Result;
+}
+
 double TPropInfo::GetFloat(const TObject& Instance) const { return Access<double>().Get(Instance); }
 
 void TPropInfo::SetFloat(TObject& Instance, double Value) const { Writable<double>().Set(Instance, Value); }
@@ -450,11 +471,7 @@ void SetStrProp(TObject& Instance, StringView Name, const String& Value) {
   FindPropInfo(Instance, Name).SetStr(Instance, Value);
 }
 
-String GetEnumProp(const TObject& Instance, StringView Name) {
-  const TPropInfo& Prop = FindPropInfo(Instance, Name);
-  if (Prop.GetKind() != tkEnumeration) Prop.InvalidType();
-  return Prop.GetEnumInfo()->GetName(Prop.GetOrd(Instance));
-}
+String GetEnumProp(const TObject& Instance, StringView Name) { return FindPropInfo(Instance, Name).GetEnum(Instance); }
 
 void SetEnumProp(TObject& Instance, StringView Name, StringView Value) {
   const TPropInfo& Prop = FindPropInfo(Instance, Name);
@@ -463,19 +480,7 @@ void SetEnumProp(TObject& Instance, StringView Name, StringView Value) {
 }
 
 String GetSetProp(const TObject& Instance, StringView Name, bool Brackets) {
-  const TPropInfo& Prop = FindPropInfo(Instance, Name);
-  if (Prop.GetKind() != tkSet) Prop.InvalidType();
-  const uint64_t Bits = uint64_t(Prop.GetOrd(Instance));
-  const TEnumInfo& Info = *Prop.GetEnumInfo();
-  String Result;
-  if (Brackets) Result += u'[';
-  for (int Member = 0; Member < Info.GetCount(); ++Member) {
-    if (!(Bits & (uint64_t(1) << Member))) continue;
-    if (Result.size() > (Brackets ? 1u : 0u)) Result += u',';
-    Result += Info.GetName(Member);
-  }
-  if (Brackets) Result += u']';
-  return Result;
+  return FindPropInfo(Instance, Name).GetSet(Instance, Brackets);
 }
 
 void SetSetProp(TObject& Instance, StringView Name, StringView Value) {

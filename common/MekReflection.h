@@ -124,6 +124,10 @@ class TPropInfo {
   // and, for a value out of the property's range, SInvalidPropertyValue.
   int64_t GetOrd(const TObject& Instance) const;
   void SetOrd(TObject& Instance, int64_t Value) const;
+  // The name of an enumeration's value; the names of a set's members in
+  // ordinal order, joined by "," and with Brackets in "[" and "]".
+  String GetEnum(const TObject& Instance) const;
+  String GetSet(const TObject& Instance, bool Brackets = false) const;
   double GetFloat(const TObject& Instance) const;
   void SetFloat(TObject& Instance, double Value) const;
   String GetStr(const TObject& Instance) const;
@@ -216,11 +220,9 @@ int64_t GetOrdProp(const TObject& Instance, StringView Name);
 void SetOrdProp(TObject& Instance, StringView Name, int64_t Value);
 String GetStrProp(const TObject& Instance, StringView Name);
 void SetStrProp(TObject& Instance, StringView Name, const String& Value);
-// The name of an enumeration property's value.
+// The texts of enumerations and sets, as TPropInfo::GetEnum and GetSet.
 String GetEnumProp(const TObject& Instance, StringView Name);
 void SetEnumProp(TObject& Instance, StringView Name, StringView Value);
-// The names of a set property's members in ordinal order, joined by ","
-// and with Brackets in "[" and "]".
 String GetSetProp(const TObject& Instance, StringView Name, bool Brackets = false);
 void SetSetProp(TObject& Instance, StringView Name, StringView Value);
 double GetFloatProp(const TObject& Instance, StringView Name);

@@ -360,6 +360,11 @@ inline constexpr char16_t SFloatInvalidOperation[] = u"Invalid floating point op
 inline constexpr char16_t SFloatDivisionByZero[] = u"Floating point division by zero in %s";
 inline constexpr char16_t SFloatOverflow[] = u"Floating point overflow in %s";
 
+// Freeing the engine that runs the call, a part of it or an owner of it
+// would pull the ground from under the rule.
+inline constexpr char16_t SFreeEngineObject[] =
+    u"Cannot free %s, which is the running engine, a part of it or an owner of it";
+
 // Messages of the financial routines.
 inline constexpr char16_t SInvalidPaymentTime[] =
     u"Invalid payment time \"%s\", expected ptEndOfPeriod or ptStartOfPeriod";

@@ -6,6 +6,7 @@
 #include "packages/BusinessPackage.h"
 #include "packages/MathPackage.h"
 #include "packages/MiscPackage.h"
+#include "packages/ObjectPackage.h"
 #include "packages/PredicatePackage.h"
 #include "packages/StandardPackage.h"
 #include "packages/StringPackage.h"
@@ -17,12 +18,13 @@ namespace tavo {
 void TInferenceEngine::AddDefaultPackages() {
   // One package object per member of Packages, owned by the engine, in the
   // fixed order standard, miscellaneous, predicate, math, string, object,
-  // trigonometry, business, fuzzy logic; the others join as they are written.
+  // trigonometry, business, fuzzy logic.
   if (FPackages.Contains(pStandard)) NewComponent<TStandardPackage>(this);
   if (FPackages.Contains(pMiscellaneous)) NewComponent<TMiscPackage>(this);
   if (FPackages.Contains(pPredicate)) NewComponent<TPredicatePackage>(this);
   if (FPackages.Contains(pMath)) NewComponent<TMathPackage>(this);
   if (FPackages.Contains(pString)) NewComponent<TStringPackage>(this);
+  if (FPackages.Contains(pObject)) NewComponent<TObjectPackage>(this);
   if (FPackages.Contains(pTrigonometry)) NewComponent<TTrigonometryPackage>(this);
   if (FPackages.Contains(pBusiness)) NewComponent<TBusinessPackage>(this);
   if (FPackages.Contains(pFuzzyLogic)) NewComponent<TFuzzyLogicPackage>(this);
