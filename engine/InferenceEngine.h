@@ -287,6 +287,11 @@ class TInferenceEngine : public TComponent,
   // constructs and facts, then the focus stack. NoComments leaves out the
   // comment lines and the sections that hang on them.
   virtual String GetExpertSystem(bool NoComments);
+  // Pictures as Graphviz dot text: the current module's Rete network, and
+  // the focus stack with the agenda of every module. Defined with the
+  // pictures (EnginePictures).
+  String GetNetworkPicture() const;
+  String GetAgendaPicture() const;
   // Clear, parse the text, Reset.
   virtual void SetExpertSystem(const String& Text);
   String GetExpertSystemText() { return GetExpertSystem(false); }

@@ -248,6 +248,8 @@ String TActivationAgenda::GetString(int Index) const {
          Format(u"%.4f", double(Activation->GetStrength())) + u")";
 }
 
+int TActivationAgenda::GetSalience(int Index) const { return At(Index)->Salience; }
+
 String TActivationAgenda::ToString() const {
   String Result;
   for (int I = 0; I < Count(); ++I) Result += GetString(I) + u"\r\n";

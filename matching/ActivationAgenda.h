@@ -104,6 +104,8 @@ class TActivationAgenda : public TPersistent {
   // The entry's text: the salience at its placing, the rule's name, the
   // token's facts and the strength.
   String GetString(int Index) const;
+  // The salience the entry was placed with.
+  int GetSalience(int Index) const;
   // Each entry's text, one a line.
   String ToString() const override;
 
