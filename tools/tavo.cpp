@@ -25,7 +25,8 @@ using namespace tavo;
 namespace {
 
 constexpr char Usage[] =
-    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [--save=FILE] [-f FILE]... [FILE...]\n"
+    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [--save=FILE]\n"
+    "            [--dot-network=FILE] [--dot-agenda=FILE] [-f FILE]... [FILE...]\n"
     "\n"
     "Runs the top-level forms of each FILE in order, as a batch: expressions,\n"
     "function calls and definitions of the rule language. What the engine\n"
@@ -53,6 +54,12 @@ constexpr char Usage[] =
     "  --save=FILE         when the session ends, also by (exit), save its\n"
     "                      whole expert system to FILE as rule-language text\n"
     "                      that tavo FILE or (load) reads back\n"
+    "  --dot-network=FILE  when the session ends, write the current module's\n"
+    "                      Rete network to FILE as a Graphviz picture (dot\n"
+    "                      -Tsvg FILE -o network.svg draws it)\n"
+    "  --dot-agenda=FILE   when the session ends, write the focus stack and\n"
+    "                      every module's agenda, in firing order, to FILE as\n"
+    "                      a Graphviz picture\n"
     "\n"
     "The exit status is 0 when every form ran, 1 when any failed, 2 for a\n"
     "file that cannot be read or written, or a bad option.\n";
@@ -78,6 +85,20 @@ bool ReadWholeFile(const std::string& File, std::string& Contents) {
   In.seekg(0, std::ios::beg);
   In.read(Contents.data(), std::streamsize(Contents.size()));
   Contents.resize(size_t(In.gcount()));
+  return true;
+}
+
+// A picture's dot text into File, in UTF-8. False, with a word on
+// standard error, when it cannot be written.
+bool WritePicture(const std::string& File, const String& Picture) {
+  std::ofstream Out(File, std::ios::binary);
+  const std::string Text = StringToUtf8(Picture);
+  if (Out) Out.write(Text.data(), std::streamsize(Text.size()));
+  if (Out) Out.close();
+  if (!Out) {
+    std::cerr << "tavo: cannot write " << File << "\n";
+    return false;
+  }
   return true;
 }
 
@@ -138,6 +159,8 @@ int RunHost(int argc, char** argv) {
   // Batched first; standard input still follows when no FILE is given.
   std::vector<std::string> Batches;
   std::string SaveFile;
+  std::string NetworkPicture;
+  std::string AgendaPicture;
   TSearchStrategy Strategy = ssDepthFirst;
   TSalience EvalSalience = sActivate;
   for (int I = 1; I < argc; ++I) {
@@ -160,8 +183,10 @@ int RunHost(int argc, char** argv) {
       }
       continue;
     }
-    if (Name == "--save" && Equals != std::string::npos && Equals + 1 < Argument.size()) {
-      SaveFile = Argument.substr(Equals + 1);
+    if ((Name == "--save" || Name == "--dot-network" || Name == "--dot-agenda") && Equals != std::string::npos &&
+        Equals + 1 < Argument.size()) {
+      (Name == "--save" ? SaveFile : Name == "--dot-network" ? NetworkPicture : AgendaPicture) =
+          Argument.substr(Equals + 1);
       continue;
     }
     if (Argument == "-f") {
@@ -235,6 +260,8 @@ int RunHost(int argc, char** argv) {
       Status = 2;
     }
   }
+  if (!NetworkPicture.empty() && !WritePicture(NetworkPicture, Engine.GetNetworkPicture())) Status = 2;
+  if (!AgendaPicture.empty() && !WritePicture(AgendaPicture, Engine.GetAgendaPicture())) Status = 2;
 #if defined(NDEBUG) && !defined(TAVO_ADDRESS_SANITIZER)
   // A release host leaves without taking the engine apart piece by piece:
   // the system takes the whole process back at once. Streams the engine

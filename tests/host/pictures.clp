@@ -1,0 +1,25 @@
+; A knowledge base whose pictures hold every kind of node, shared nodes,
+; and texts that the dot language must have escaped.
+(deftemplate person (slot name) (slot age))
+(deftemplate pet (slot owner) (slot kind))
+(deffacts folk
+  (person (name "Zoë \"Zo\" O'Brien \\ & <co>") (age 34))
+  (person (name Ana) (age 71))
+  (pet (owner Ana) (kind dog)))
+(defrule dog-owner
+  (person (name ?n) (age ?a&:(> ?a 18)))
+  (pet (owner ?n) (kind dog))
+  (test (neq ?n "Zoë"))
+  =>)
+(defrule café-regular (declare (salience 10))
+  (person (name ?n) (age ?a&:(> ?a 18)))
+  (not (pet (owner ?n)))
+  =>)
+(defrule anyone-old (declare (salience 5))
+  (exists (person (age ?a&:(> ?a 70))))
+  =>)
+(defmodule LATER)
+(defrule LATER::wait =>)
+(reset)
+(focus LATER MAIN)
+(set-current-module MAIN)
