@@ -487,8 +487,12 @@ TFactSets::~TFactSets() { Clear(); }
 int TFactSets::Add(TFactSet* FactSet) {
   if (!FactSet) return -1;
   if (int Index = IndexOf(FactSet); Index >= 0) return Index;
-  int Named = IndexOf(FactSet->GetFactSetName());
-  if (Named >= 0 && FEngine) FItems[size_t(Named)]->ForgetEngine();
+  // Every earlier set of the name that is still in force is let go, not
+  // only the first one found: the first may have been let go already by a
+  // definition before, which would leave that one's facts in every reset.
+  if (FEngine)
+    for (TFactSet* Old : FItems)
+      if (Old->GetEngine() && Old->GetFactSetName() == FactSet->GetFactSetName()) Old->ForgetEngine();
   FItems.push_back(FactSet);
   if (FEngine && FactSet->GetEngine() != FEngine) FactSet->SetEngineNoParse(FEngine);
   return Count() - 1;

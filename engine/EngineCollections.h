@@ -255,7 +255,7 @@ class TFactSets : public TObject {
   int Count() const { return int(FItems.size()); }
   TFactSet* Get(int Index) const { return FItems.at(size_t(Index)); }
   // A set of a name that another set has is added beside it, and the older
-  // one is told that it has no engine.
+  // ones are told that they have no engine.
   int Add(TFactSet* FactSet);
   // Takes the set out, without freeing it; the set loses its engine.
   void Remove(TFactSet* FactSet);

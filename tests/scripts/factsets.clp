@@ -16,6 +16,12 @@
 (deffacts twice (b 1) (b 1))
 (reset)
 (facts)
+; a set defined anew replaces the one in force, however often
+(deffacts again (c 1))
+(deffacts again (c 2))
+(deffacts again (c 3))
+(reset)
+(facts)
 ; a failing set leaves no trace
 (deftemplate item (slot n (type INTEGER)))
 (deffacts broken (item (n 1)) (item (n x)))
