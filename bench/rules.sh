@@ -6,7 +6,8 @@
 #   joins             50,000 facts each of two kinds joined with a third,
 #                     and a negated join, then one run
 #   fuzzy             fuzzy readings matched, correlated and merged
-#   (line labelling waits for the trigonometry functions)
+#   waltz12/25/50     line drawings of 12, 25 and 50 stair blocks labelled
+#                     by constraint propagation
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 tavo=${1:-$here/../build/release/tavo}
@@ -35,3 +36,6 @@ for n in 16 64 128; do
 done
 workload joins "$here/rules/joins.clp"
 workload fuzzy "$here/rules/fuzzy.clp"
+for n in 12 25 50; do
+  workload "waltz$n" "$here/rules/waltz.clp" "$here/rules/waltz$n.clp"
+done

@@ -8,6 +8,8 @@
 #   -DINPUT=file        standard input from this file instead, when it exists
 #   -DEMPTY_ERRORS=ON   without an expected-errors file, standard error must
 #                       be empty (otherwise only the exit status counts)
+#   -DPRELOAD=file      a file the host runs before the script, such as the
+#                       rules that a script of generated facts is for
 if(DEFINED INPUT)
   set(InputFile ${INPUT})
 else()
@@ -23,7 +25,7 @@ if(EXISTS ${ArgumentsFile})
   string(STRIP "${Arguments}" Arguments)
   separate_arguments(Arguments UNIX_COMMAND "${Arguments}")
 endif()
-execute_process(COMMAND ${TAVO} ${Arguments} ${SCRIPT} INPUT_FILE ${InputFile}
+execute_process(COMMAND ${TAVO} ${Arguments} ${PRELOAD} ${SCRIPT} INPUT_FILE ${InputFile}
                 OUTPUT_VARIABLE Actual ERROR_VARIABLE ActualErrors RESULT_VARIABLE Status)
 file(READ ${EXPECTED} Expected)
 if(NOT Actual STREQUAL Expected)
