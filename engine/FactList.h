@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "common/MekHashTables.h"
-#include "common/MekInterfaceList.h"
+#include "common/MekTieredList.h"
 #include "knowledge/TavoFacts.h"
 
 namespace tavo {
@@ -90,7 +90,8 @@ class TFacts : public TPersistent {
   int BinarySearch(int Id) const;
   String JoinFacts(bool WithIDs) const;
 
-  TInterfaceList<TFact> FItems;
+  // Retracting anywhere in a large fact base moves a few hundred entries.
+  TTieredList<TFact> FItems;
   bool FUpdating = false;
   bool FPreserveIDs = false;
   int FMaxID = 0;

@@ -330,12 +330,7 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (FIndexed) {
     IndexEntry(Entry);
   } else if (Steps > MaxChainWalk) {
-    // Tokens of one key are many here: from now on they are found by the
-    // hash of their facts.
-    for (auto& Held : FBuckets)
-      if (Held)
-        for (TEntry* Each = Held->First; Each; Each = Each->Next) IndexEntry(Each);
-    FIndexed = true;
+    IndexAll();
   }
   FEmpty = false;
   if (!FUseHashCode && !GetFactIndex().empty() && !FHasFuzzyKeys) FHasFuzzyKeys = KeyIsFuzzy(*Token);
@@ -346,6 +341,7 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   const TTavoToken& Sought = *Token;
   const uint32_t Hash = Sought.GetChainHash();
   TEntry* Entry = nullptr;
+  bool IndexAfter = false;
   // Each table is probed once: the entry found, its place in the table
   // serves to unlink it.
   if (FIndexed) {
@@ -373,9 +369,13 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
       MatchOrNone(Sought, Match);
       Slot = FChains.Locate(KeyPair(KeyOf(Sought), Match));
       if (Slot < 0) return nullptr;
-      for (Entry = FChains.ValueAt(Slot).First; Entry; Entry = Entry->ChainNext)
+      int Steps = 0;
+      for (Entry = FChains.ValueAt(Slot).First; Entry; Entry = Entry->ChainNext, ++Steps)
         if (Entry->ChainHash == Hash && Entry->Token->TTavoToken::Equals(&Sought)) break;
       if (!Entry) return nullptr;
+      // Fresh tokens come in without a walk, so a long chain may first
+      // show itself here.
+      IndexAfter = Steps > MaxChainWalk;
     }
     TChain& Chain = FChains.ValueAt(Slot);
     if (Entry->ChainPrev)
@@ -396,7 +396,17 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   --FCount;
   IReteToken Held = std::move(Entry->Token);
   delete Entry;
+  if (IndexAfter) IndexAll();
   return Held;
+}
+
+void TTavoTokenTree::IndexAll() {
+  // Tokens of one key are many here: from now on they are found by the
+  // hash of their facts.
+  for (auto& Held : FBuckets)
+    if (Held)
+      for (TEntry* Each = Held->First; Each; Each = Each->Next) IndexEntry(Each);
+  FIndexed = true;
 }
 
 void TTavoTokenTree::Clear() {

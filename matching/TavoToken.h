@@ -257,6 +257,7 @@ class TTavoTokenTree : public TPersistent {
   // The match hash of a stored token, 0 where it cannot be taken (false).
   bool MatchOrNone(const TTavoToken& Token, int32_t& Match) const;
   void IndexEntry(TEntry* Entry);
+  void IndexAll();
   // A tree keyed by a slot finds a token in its key's chain, until a chain
   // proves longer than this; then, and in every other tree, by the index of
   // hashes of facts.
