@@ -19,13 +19,14 @@
 #include "engine/InferenceEngine.h"
 #include "language/TavoClipsParser.h"
 #include "packages/StandardPackage.h"
+#include "tools/LineEnds.h"
 
 using namespace tavo;
 
 namespace {
 
 constexpr char Usage[] =
-    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [--save=FILE]\n"
+    "Usage: tavo [--help] [--strategy=WAY] [--salience=WHEN] [--save=FILE] [--crlf]\n"
     "            [--dot-network=FILE] [--dot-agenda=FILE] [-f FILE]... [FILE...]\n"
     "\n"
     "Runs the top-level forms of each FILE in order, as a batch: expressions,\n"
@@ -60,13 +61,21 @@ constexpr char Usage[] =
     "  --dot-agenda=FILE   when the session ends, write the focus stack and\n"
     "                      every module's agenda, in firing order, to FILE as\n"
     "                      a Graphviz picture\n"
+    "  --crlf              write lines ended by CR LF, as the engine ends them;\n"
+    "                      without it tavo writes LF in their place\n"
     "\n"
     "The exit status is 0 when every form ran, 1 when any failed, 2 for a\n"
     "file that cannot be read or written, or a bad option.\n";
 
+// What the engine writes, to standard output and standard error.
+TLineEndWriter Output(std::cout);
+TLineEndWriter Errors(std::cerr);
+
 void ReportError(const String& Message) {
-  std::cout.flush();
-  std::cerr << StringToUtf8(Message) << std::endl;
+  Output.Flush();
+  Errors.Write(StringToUtf8(Message));
+  Errors.Write("\n");
+  Errors.Flush();
 }
 
 // Set once (exit) ran: nothing more is read.
@@ -129,7 +138,7 @@ bool RunForms(TInferenceEngine& Engine, std::string Text) {
     }
   }
   Parser->SetStream(nullptr);
-  std::cout.flush();
+  Output.Flush();
   return Succeeded;
 }
 
@@ -169,6 +178,11 @@ int RunHost(int argc, char** argv) {
       std::cout << Usage;
       return 0;
     }
+    if (Argument == "--crlf") {
+      Output.SetKeepCrLf(true);
+      Errors.SetKeepCrLf(true);
+      continue;
+    }
     const size_t Equals = Argument.find('=');
     const std::string Name = Argument.substr(0, Equals);
     if (Equals != std::string::npos && (Name == "--strategy" || Name == "--salience")) {
@@ -207,10 +221,10 @@ int RunHost(int argc, char** argv) {
   TInferenceEngine Engine;
   Engine.SetStrategy(Strategy);
   Engine.SetEvalSalience(EvalSalience);
-  Engine.OnPrintOut = [](TObject*, const String&, const String& Text) { std::cout << StringToUtf8(Text); };
+  Engine.OnPrintOut = [](TObject*, const String&, const String& Text) { Output.Write(StringToUtf8(Text)); };
   // read and readline take their input from standard input, a line at a time.
   Engine.OnReadLine = [](TObject*, const String&, String& Text) {
-    std::cout.flush();
+    Output.Flush();
     std::string Line;
     if (std::getline(std::cin, Line)) {
       if (!Line.empty() && Line.back() == '\r') Line.pop_back();
@@ -221,7 +235,7 @@ int RunHost(int argc, char** argv) {
     }
   };
   Engine.OnReadToken = [&Engine](TObject*, const String&, IStreamToken& Token) {
-    std::cout.flush();
+    Output.Flush();
     std::string Line;
     std::getline(std::cin, Line);
     TTavoClipsStream Stream(std::move(Line), teDefault, &Engine);
@@ -250,7 +264,7 @@ int RunHost(int argc, char** argv) {
     if (!ReadWholeFile(File, Contents)) return 2;
     Succeeded = RunForms(Engine, std::move(Contents)) && Succeeded;
   }
-  std::cout.flush();
+  Output.Flush();
   int Status = Succeeded ? 0 : 1;
   if (!SaveFile.empty()) {
     try {
