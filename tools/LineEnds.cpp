@@ -4,6 +4,11 @@
 namespace tavo {
 
 void TLineEndWriter::Write(std::string_view Text) {
+  WriteText(Text);
+  if (FFlushEachWrite) FOut.flush();
+}
+
+void TLineEndWriter::WriteText(std::string_view Text) {
   if (FKeepCrLf) {
     FOut << Text;
     return;

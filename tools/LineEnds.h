@@ -13,6 +13,8 @@ class TLineEndWriter {
   explicit TLineEndWriter(std::ostream& Out) : FOut(Out) {}
 
   void SetKeepCrLf(bool Value) { FKeepCrLf = Value; }
+  // Each text goes out at once, a CR held back aside.
+  void SetFlushEachWrite(bool Value) { FFlushEachWrite = Value; }
   // Writes Text with each CR LF as LF. A CR that ends Text is held back
   // until the next text or Flush shows whether an LF follows it.
   void Write(std::string_view Text);
@@ -20,8 +22,11 @@ class TLineEndWriter {
   void Flush();
 
  private:
+  void WriteText(std::string_view Text);
+
   std::ostream& FOut;
   bool FKeepCrLf = false;
+  bool FFlushEachWrite = false;
   bool FHeldCR = false;
 };
 

@@ -1,14 +1,18 @@
 // tavo: runs knowledge bases and gives an interactive prompt.
 //
 //   tavo FILE...   runs each file's top-level forms in order
-//   tavo           a prompt on a terminal; forms from standard input otherwise
+//   tavo           a prompt on a terminal, with line editing, history and
+//                  completion when built with libedit; forms from standard
+//                  input otherwise
 //   options before the files set the agenda's strategy and when salience
 //   is evaluated (tavo --help)
 #include <malloc.h>
 #include <pthread.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -19,6 +23,7 @@
 #include "engine/InferenceEngine.h"
 #include "language/TavoClipsParser.h"
 #include "packages/StandardPackage.h"
+#include "tools/LineEditor.h"
 #include "tools/LineEnds.h"
 
 using namespace tavo;
@@ -36,7 +41,12 @@ constexpr char Usage[] =
     "\n"
     "Without a FILE, tavo reads forms from standard input: with a prompt on a\n"
     "terminal (one whole form at a time; forms may span lines), and without\n"
-    "prompt or banner otherwise.\n"
+    "prompt or banner otherwise. The prompt edits lines, recalls earlier ones\n"
+    "with the arrow keys, also those of former sessions (kept in\n"
+    "~/.tavo_history), and completes function and construct names with Tab,\n"
+    "when tavo is built with libedit. Ctrl-C at the prompt drops the form\n"
+    "being typed; while forms run it halts the rules once the firing under way\n"
+    "is done, and a second Ctrl-C ends tavo. Ctrl-D or (exit) leaves.\n"
     "\n"
     "Options:\n"
     "  --help              show this text and stop\n"
@@ -80,6 +90,49 @@ void ReportError(const String& Message) {
 
 // Set once (exit) ran: nothing more is read.
 bool Exiting = false;
+
+// Ctrl-C at the prompt. While a line is edited it breaks the reading off;
+// while forms run, the engine halts once the firing under way is done. A
+// computation that fires no rule is not ended by a halt: a second Ctrl-C
+// before the forms are done ends tavo as Ctrl-C would without the prompt.
+std::atomic<bool> Interrupted{false};
+std::atomic<bool> Evaluating{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "set from a signal handler");
+
+extern "C" void OnInterrupt(int) {
+  if (Interrupted.exchange(true) && Evaluating.load()) {
+    signal(SIGINT, SIG_DFL);
+    raise(SIGINT);
+  }
+}
+
+// Reading a line must end at Ctrl-C, so that the line is dropped; while
+// forms run, interrupted system calls start again, so that the forms'
+// own reading and writing go on as if nothing had happened.
+void CatchInterrupts(bool RestartCalls) {
+  struct sigaction Action = {};
+  Action.sa_handler = OnInterrupt;
+  sigemptyset(&Action.sa_mask);
+  Action.sa_flags = RestartCalls ? SA_RESTART : 0;
+  sigaction(SIGINT, &Action, nullptr);
+}
+
+// The names Tab completes: every function the engine knows, built-in,
+// host-given or deffunction, and the construct keywords.
+std::vector<std::string> CompletionNames(TInferenceEngine& Engine) {
+  std::vector<std::string> Names;
+  for (const auto& Item : *Engine.GetUserFunctions()) Names.push_back(StringToUtf8(Item.Key));
+  for (int Type = ptNone; Type <= ptEOF; ++Type)
+    if (String Keyword = TTavoParser::GetConstructName(TParsedType(Type)); !Keyword.empty())
+      Names.push_back(StringToUtf8(Keyword));
+  return Names;
+}
+
+// The history file in the user's home directory; none without one.
+std::string HistoryFile() {
+  const char* Home = std::getenv("HOME");
+  return Home && *Home ? std::string(Home) + "/.tavo_history" : std::string();
+}
 
 // The whole of a file, read in one piece of its size: no growing buffer,
 // no copy. False, with a word on standard error, when it cannot be read.
@@ -145,17 +198,39 @@ bool RunForms(TInferenceEngine& Engine, std::string Text) {
 bool RunPrompt(TInferenceEngine& Engine) {
   bool Succeeded = true;
   std::cout << "Tavo " << Engine.GetVersion() << "; forms are read as they are completed, (exit) or end of input leaves.\n";
+  TLineEditor Editor(HistoryFile(), [&Engine] { return CompletionNames(Engine); });
+  // What rules print shows as they print it, as a long run goes on.
+  if (isatty(STDOUT_FILENO)) Output.SetFlushEachWrite(true);
+  Engine.OnRuleFired = [&Engine](TObject*, TRule*) {
+    if (Interrupted.load()) Engine.SetHalt(true);
+  };
   std::string Pending, Line;
   for (;;) {
-    std::cout << (Pending.empty() ? "tavo> " : "  ...> ") << std::flush;
-    if (!std::getline(std::cin, Line)) break;
+    Output.Flush();
+    CatchInterrupts(false);
+    const TLineRead Read = Editor.ReadLine(Pending.empty() ? "tavo> " : "  ...> ", Line);
+    if (Read == lrEnd) break;
+    // The form being typed is dropped. When the reading went on through
+    // Ctrl-C, the terminal dropped the line's first part: the line read
+    // begins the next form.
+    if (Interrupted.exchange(false)) Pending.clear();
+    if (Read == lrInterrupted) {
+      std::cout << "\n";
+      continue;
+    }
     Pending += Line;
     Pending += '\n';
     if (!IsFormComplete(Utf8ToString(Pending))) continue;
+    CatchInterrupts(true);
+    Evaluating.store(true);
     Succeeded = RunForms(Engine, std::move(Pending)) && Succeeded;
+    Evaluating.store(false);
+    Interrupted.store(false);
     Pending.clear();
     if (Exiting) break;
   }
+  signal(SIGINT, SIG_DFL);
+  Engine.OnRuleFired = nullptr;
   std::cout << "\n";
   return Succeeded;
 }
@@ -293,6 +368,15 @@ namespace {
 // thread with a large stack, of which only what is used is ever touched.
 constexpr size_t HostStackSize = size_t(256) << 20;
 
+// Ctrl-C goes to the engine's thread, whose reading at the prompt it must
+// break off; the thread that waits for it blocks the signal.
+void BlockInterrupts(bool Block) {
+  sigset_t Signals;
+  sigemptyset(&Signals);
+  sigaddset(&Signals, SIGINT);
+  pthread_sigmask(Block ? SIG_BLOCK : SIG_UNBLOCK, &Signals, nullptr);
+}
+
 struct THostRun {
   int argc;
   char** argv;
@@ -300,6 +384,7 @@ struct THostRun {
 };
 
 void* RunHostThread(void* Data) {
+  BlockInterrupts(false);
   auto* Run = static_cast<THostRun*>(Data);
   Run->Status = RunHost(Run->argc, Run->argv);
   return nullptr;
@@ -315,6 +400,8 @@ int main(int argc, char** argv) {
   THostRun Run{argc, argv, 1};
   pthread_attr_t Attributes;
   pthread_t Thread;
+  // The new thread starts with the signal blocked too, and unblocks it.
+  BlockInterrupts(true);
   if (pthread_attr_init(&Attributes) == 0 && pthread_attr_setstacksize(&Attributes, HostStackSize) == 0 &&
       pthread_create(&Thread, &Attributes, RunHostThread, &Run) == 0) {
     pthread_attr_destroy(&Attributes);
@@ -322,5 +409,6 @@ int main(int argc, char** argv) {
     return Run.Status;
   }
   // No such thread to be had: run with the stack there is.
+  BlockInterrupts(false);
   return RunHost(argc, argv);
 }

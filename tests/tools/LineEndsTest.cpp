@@ -39,6 +39,28 @@ TEST(LineEnds, ACrAtTheEndOfOneTextWaitsForTheNext) {
   EXPECT_EQ(Out.str(), "x\r\n");
 }
 
+TEST(LineEnds, EachWriteCanGoOutAtOnce) {
+  // A stream whose text only reaches Sink when it is flushed.
+  struct TFlushedText : std::stringbuf {
+    std::string Sink;
+    int sync() override {
+      Sink += str();
+      str("");
+      return 0;
+    }
+  } Text;
+  std::string& Sink = Text.Sink;
+  std::ostream Out(&Text);
+  TLineEndWriter Writer(Out);
+  Writer.Write("a\r\n");
+  EXPECT_EQ(Sink, "");
+  Writer.SetFlushEachWrite(true);
+  Writer.Write("b\r");
+  EXPECT_EQ(Sink, "a\nb");
+  Writer.Write("\nc");
+  EXPECT_EQ(Sink, "a\nb\nc");
+}
+
 TEST(LineEnds, KeptCrLfPassesTheBytes) {
   EXPECT_EQ(Written({"one\r\n", "a\r", "\n"}, true), "one\r\na\r\n");
 }
