@@ -200,7 +200,7 @@ void PlotFuzzySet(TInferenceEngine& Engine, const String& Stream, const IFuzzySe
 
 // Families
 
-void TFuzzyFamilyFunction::InitMetaData() {
+TAVO_SETUP void TFuzzyFamilyFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetKindIndex(FKind);
 }
@@ -229,7 +229,7 @@ void TFuzzyFamilyFunction::Assign(const TPersistent* Source) {
 
 // create-fuzzy-value
 
-void TCreateFuzzySetFunction::InitMetaData() {
+TAVO_SETUP void TCreateFuzzySetFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"create-fuzzy-value",
               u"Returns the fuzzy value of the fuzzy type (or of the fuzzy value's variable) that the expression "
@@ -619,7 +619,7 @@ void TDefuzzifyFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 // plot-fuzzy-value
 
-void TPlotFuzzySetFunction::InitMetaData() {
+TAVO_SETUP void TPlotFuzzySetFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"plot-fuzzy-value",
               u"Plots the fuzzy values from the lower to the upper limit to the logical name, each with its "

@@ -341,7 +341,6 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   const TTavoToken& Sought = *Token;
   const uint32_t Hash = Sought.GetChainHash();
   TEntry* Entry = nullptr;
-  bool IndexAfter = false;
   // Each table is probed once: the entry found, its place in the table
   // serves to unlink it.
   if (FIndexed) {
@@ -369,13 +368,9 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
       MatchOrNone(Sought, Match);
       Slot = FChains.Locate(KeyPair(KeyOf(Sought), Match));
       if (Slot < 0) return nullptr;
-      int Steps = 0;
-      for (Entry = FChains.ValueAt(Slot).First; Entry; Entry = Entry->ChainNext, ++Steps)
+      for (Entry = FChains.ValueAt(Slot).First; Entry; Entry = Entry->ChainNext)
         if (Entry->ChainHash == Hash && Entry->Token->TTavoToken::Equals(&Sought)) break;
       if (!Entry) return nullptr;
-      // Fresh tokens come in without a walk, so a long chain may first
-      // show itself here.
-      IndexAfter = Steps > MaxChainWalk;
     }
     TChain& Chain = FChains.ValueAt(Slot);
     if (Entry->ChainPrev)
@@ -396,7 +391,6 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   --FCount;
   IReteToken Held = std::move(Entry->Token);
   delete Entry;
-  if (IndexAfter) IndexAll();
   return Held;
 }
 

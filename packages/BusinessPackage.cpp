@@ -319,7 +319,7 @@ std::vector<double> TReader::Next<std::vector<double>>() {
 
 }  // namespace
 
-void TDoubleDecliningBalanceFunction::InitMetaData() {
+TAVO_SETUP void TDoubleDecliningBalanceFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"double-declining-balance",
               u"Returns the depreciation of an asset in a period by twice the straight-line rate on its book value",
@@ -331,7 +331,7 @@ void TDoubleDecliningBalanceFunction::Call(TFunctionCall& FunCall, TTavoContext*
   Result = TReader(FunCall, Context).Apply(FFunctionName, &DoubleDecliningBalance);
 }
 
-void TFutureValueFunction::InitMetaData() {
+TAVO_SETUP void TFutureValueFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"future-value", u"Returns the future value of an investment of periodic payments at a fixed rate",
               u" <rate> <num-periods> <payment> <present-value> <payment time>", 5, 5);
@@ -342,7 +342,7 @@ void TFutureValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   Result = TReader(FunCall, Context).Apply(FFunctionName, &FutureValue);
 }
 
-void TInterestPaymentFunction::InitMetaData() {
+TAVO_SETUP void TInterestPaymentFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"interest-payment", u"Returns the interest in one period's payment of a loan",
               u" <rate> <period> <num-periods> <present-value> <future-value> <payment time>", 6, 6);
@@ -353,7 +353,7 @@ void TInterestPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Contex
   Result = TReader(FunCall, Context).Apply(FFunctionName, &InterestPayment);
 }
 
-void TInterestRateFunction::InitMetaData() {
+TAVO_SETUP void TInterestRateFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"interest-rate",
               u"Returns the rate per period at which the payments turn the present value into "
@@ -366,7 +366,7 @@ void TInterestRateFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = TReader(FunCall, Context).Apply(FFunctionName, &InterestRate);
 }
 
-void TInternalRateOfReturnFunction::InitMetaData() {
+TAVO_SETUP void TInternalRateOfReturnFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"internal-rate-of-return",
               u"Returns the rate at which cash flows, one per period from the first at time 0, are worth 0 now",
@@ -378,7 +378,7 @@ void TInternalRateOfReturnFunction::Call(TFunctionCall& FunCall, TTavoContext* C
   Result = TReader(FunCall, Context).Apply(FFunctionName, &InternalRateOfReturn);
 }
 
-void TNetPresentValueFunction::InitMetaData() {
+TAVO_SETUP void TNetPresentValueFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"net-present-value", u"Returns the present value of cash flows, one per period, at a discount rate",
               u" <rate> <cash-flows multifield> <payment time>", 3, 3);
@@ -389,7 +389,7 @@ void TNetPresentValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Contex
   Result = TReader(FunCall, Context).Apply(FFunctionName, &NetPresentValue);
 }
 
-void TNumberOfPeriodsFunction::InitMetaData() {
+TAVO_SETUP void TNumberOfPeriodsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"number-of-periods",
               u"Returns the number of periods in which the payments turn the present value into the future value",
@@ -401,7 +401,7 @@ void TNumberOfPeriodsFunction::Call(TFunctionCall& FunCall, TTavoContext* Contex
   Result = TReader(FunCall, Context).Apply(FFunctionName, &NumberOfPeriods);
 }
 
-void TPaymentFunction::InitMetaData() {
+TAVO_SETUP void TPaymentFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"payment", u"Returns the fixed payment per period that turns the present value into the future value",
               u" <rate> <num-periods> <present-value> <future-value> <payment time>", 5, 5);
@@ -412,7 +412,7 @@ void TPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = TReader(FunCall, Context).Apply(FFunctionName, &Payment);
 }
 
-void TPeriodPaymentFunction::InitMetaData() {
+TAVO_SETUP void TPeriodPaymentFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"period-payment", u"Returns the principal in one period's payment of a loan",
               u" <rate> <period> <num-periods> <present-value> <future-value> <payment time>", 6, 6);
@@ -423,7 +423,7 @@ void TPeriodPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = TReader(FunCall, Context).Apply(FFunctionName, &PeriodPayment);
 }
 
-void TPresentValueFunction::InitMetaData() {
+TAVO_SETUP void TPresentValueFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"present-value", u"Returns what periodic payments and a future value are worth now at a fixed rate",
               u" <rate> <num-periods> <payment> <future-value> <payment time>", 5, 5);
@@ -434,7 +434,7 @@ void TPresentValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = TReader(FunCall, Context).Apply(FFunctionName, &PresentValue);
 }
 
-void TSLNDepreciationFunction::InitMetaData() {
+TAVO_SETUP void TSLNDepreciationFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sln-depreciation", u"Returns the straight-line depreciation of an asset in one period",
               u" <cost> <salvage> <life>", 3, 3);
@@ -445,7 +445,7 @@ void TSLNDepreciationFunction::Call(TFunctionCall& FunCall, TTavoContext* Contex
   Result = TReader(FunCall, Context).Apply(FFunctionName, &SLNDepreciation);
 }
 
-void TSYDDepreciationFunction::InitMetaData() {
+TAVO_SETUP void TSYDDepreciationFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"syd-depreciation", u"Returns the sum-of-years'-digits depreciation of an asset in a period",
               u" <cost> <salvage> <life> <period>", 4, 4);

@@ -246,7 +246,7 @@ String FormatDateTime(StringView Pattern, double Value) {
   return Result;
 }
 
-void TTimeFunction::InitMetaData() {
+TAVO_SETUP void TTimeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"time", u"Returns the seconds since midnight on the local clock, with their fraction", u"", 0, 0);
 }
@@ -257,7 +257,7 @@ void TTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue((Now - std::floor(Now)) * 86400.0);
 }
 
-void TSystemDateTimeFunction::InitMetaData() {
+TAVO_SETUP void TSystemDateTimeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   switch (FType) {
     case sdtDateTime:
@@ -281,7 +281,7 @@ void TSystemDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
   Result = FloatValue(FType == sdtDateTime ? Now : FType == sdtDate ? Today : Now - Today);
 }
 
-void TDateTimeStringFunction::InitMetaData() {
+TAVO_SETUP void TDateTimeStringFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   switch (FType) {
     case dtsStrDateTime:
@@ -341,7 +341,7 @@ void TDateTimeStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
   }
 }
 
-void TDecodeDateTimeFunction::InitMetaData() {
+TAVO_SETUP void TDecodeDateTimeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   static constexpr const char16_t* Parts[] = {u"year",   u"month",  u"day",        u"hour",
                                               u"minute", u"second", u"millisecond"};
@@ -357,7 +357,7 @@ void TDecodeDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
   Result = Make<TTavoValue>(int32_t(Values[FType]), dtInteger);
 }
 
-void TEncodeDateTimeFunction::InitMetaData() {
+TAVO_SETUP void TEncodeDateTimeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   switch (FType) {
     case edtDate:

@@ -60,7 +60,7 @@ void ChangeSlots(TFunctionCall& FunCall, TTavoContext* Context, const IFact& Fac
 
 }  // namespace
 
-void TAssertStringFunction::InitMetaData() {
+TAVO_SETUP void TAssertStringFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"assert-string", u"Asserts each fact read from a string; gives the id of the last one, or FALSE",
               u"<string-expression>*", 1, AnyArgumentCount);
@@ -74,7 +74,7 @@ void TAssertStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = IdResult(Id);
 }
 
-void TRetractFunction::InitMetaData() {
+TAVO_SETUP void TRetractFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"retract", u"Retracts the facts of the ids given, or every fact for *", u"*|<fact-index>*", 1,
               AnyArgumentCount);
@@ -98,7 +98,7 @@ void TRetractFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = FCTrue;
 }
 
-void TRetractStringFunction::InitMetaData() {
+TAVO_SETUP void TRetractStringFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"retract-string", u"Retracts the fact equal to each one read from a string", u"<fact-string>", 0,
               AnyArgumentCount);
@@ -111,7 +111,7 @@ void TRetractStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = FCTrue;
 }
 
-void TModifyFunction::InitMetaData() {
+TAVO_SETUP void TModifyFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"modify",
               u"Modifies the fact specified by the fact index.  It assigns new values to the slots of the facts.  "
@@ -133,7 +133,7 @@ void TModifyFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = IdResult(Engine.EndFactModify(Fact));
 }
 
-void TDuplicateFunction::InitMetaData() {
+TAVO_SETUP void TDuplicateFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"duplicate", u"Asserts a copy of the fact of the index with the slots given changed",
               u"<fact-index> (<slot-name> <expression>)*", 2, AnyArgumentCount);
@@ -148,7 +148,7 @@ void TDuplicateFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = IdResult(Engine.Assert(Copy, false));
 }
 
-void TGetSlotValueFunction::InitMetaData() {
+TAVO_SETUP void TGetSlotValueFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-slot-value", u"Gives the value of a slot of a fact, the ordered slot when no name is given",
               u"<fact-id-expression>|<fact-expression> [<slot-name-expression> ]", 1, 2);
@@ -162,7 +162,7 @@ void TGetSlotValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = Fact->GetValue(Name);
 }
 
-void TGetFactDuplicationFunction::InitMetaData() {
+TAVO_SETUP void TGetFactDuplicationFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-fact-duplication", u"Gives TRUE when an equal fact is refused, FALSE when equal facts may stand side by side",
               u"", 0, 0);
@@ -174,7 +174,7 @@ void TGetFactDuplicationFunction::Call(TFunctionCall& FunCall, TTavoContext* Con
   Result = EngineOf(FunCall, Context).GetFactDuplication() ? FCFalse : FCTrue;
 }
 
-void TSetFactDuplicationFunction::InitMetaData() {
+TAVO_SETUP void TSetFactDuplicationFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"set-fact-duplication", u"TRUE refuses a fact equal to one that stands, FALSE lets equal facts stand side by side; gives the former setting",
               u"<boolean-expression>", 1, 1);
@@ -192,7 +192,7 @@ void TSetFactDuplicationFunction::Call(TFunctionCall& FunCall, TTavoContext* Con
   Result = Former ? FCTrue : FCFalse;
 }
 
-void TDoBackwardChainingFunction::InitMetaData() {
+TAVO_SETUP void TDoBackwardChainingFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"do-backward-chaining",
               u"Lets rules ask for facts of the named templates: a rule waiting for one asserts a goal fact of "

@@ -23,7 +23,7 @@ std::filesystem::path PathOf(TFunctionCall& FunCall, int Index, TTavoContext* Co
 
 // open, close
 
-void TOpenFunction::InitMetaData() {
+TAVO_SETUP void TOpenFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"open", u"Opens a file under a logical name to read from (r, the default), write (w), append (a) or both (r+)",
               u"<filename> <logical-name> [a|r|w|r+]", 2, 3);
@@ -51,7 +51,7 @@ void TOpenFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FCTrue;
 }
 
-void TCloseFunction::InitMetaData() {
+TAVO_SETUP void TCloseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"close", u"Closes the streams of the logical names, or every one without a name", u"[<logical-name>+]",
               0, AnyArgumentCount);
@@ -73,7 +73,7 @@ void TCloseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 // batch, dribble-on, dribble-off
 
-void TBatchFunction::InitMetaData() {
+TAVO_SETUP void TBatchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"batch", u"Runs the forms of a file; read and readline take the file's next lines meanwhile",
               u"<filename>", 1, 1);
@@ -85,7 +85,7 @@ void TBatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = Succeeded(EngineOf(FunCall, Context).Batch(FileName));
 }
 
-void TDribbleOnFunction::InitMetaData() {
+TAVO_SETUP void TDribbleOnFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"dribble-on", u"Sends the standard output to a file instead until dribble-off", u"<filename>", 1, 1);
 }
@@ -96,7 +96,7 @@ void TDribbleOnFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Succeeded(EngineOf(FunCall, Context).StartCapture(FileName));
 }
 
-void TDribbleOffFunction::InitMetaData() {
+TAVO_SETUP void TDribbleOffFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"dribble-off", u"Closes the file of dribble-on; the standard output goes back to the host", u"", 0, 0);
 }
@@ -108,7 +108,7 @@ void TDribbleOffFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, IT
 
 // remove, rename
 
-void TRemoveFunction::InitMetaData() {
+TAVO_SETUP void TRemoveFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"remove", u"Deletes a file; FALSE when it cannot", u"[<file-name>]", 1, 1);
 }
@@ -121,7 +121,7 @@ void TRemoveFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = Succeeded(!std::filesystem::is_directory(Path, Error) && std::filesystem::remove(Path, Error));
 }
 
-void TRenameFunction::InitMetaData() {
+TAVO_SETUP void TRenameFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"rename", u"Renames or moves a file; FALSE when it cannot", u"[<old-file-name> <new-file-name>]", 2, 2);
 }

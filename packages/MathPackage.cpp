@@ -204,7 +204,7 @@ TRandomSource& RandomSource() {
 
 }  // namespace
 
-void TDivideFunction::InitMetaData() {
+TAVO_SETUP void TDivideFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"/", u"Returns the first argument divided by each of the others, as a float",
            u" <numeric-expression>+", 1, AnyArgumentCount);
@@ -217,7 +217,7 @@ void TDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = FloatValue(Quotient);
 }
 
-void TMinusFunction::InitMetaData() {
+TAVO_SETUP void TMinusFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"-", u"Returns the first argument minus each of the others", u" <numeric-expression>+", 1,
            AnyArgumentCount);
@@ -232,7 +232,7 @@ bool TMinusFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Con
   return AccumulateNumbers(arSubtract, FunCall, Context, Result);
 }
 
-void TModFunction::InitMetaData() {
+TAVO_SETUP void TModFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"mod", u"Returns the remainder of the first argument divided by the second",
            u" <integer-expression> <integer-expression>", 2, 2);
@@ -246,7 +246,7 @@ void TModFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = IntegerValue(Dividend % Divisor);
 }
 
-void TPlusFunction::InitMetaData() {
+TAVO_SETUP void TPlusFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"+", u"Returns the sum of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
 }
@@ -260,7 +260,7 @@ bool TPlusFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Cont
   return AccumulateNumbers(arAdd, FunCall, Context, Result);
 }
 
-void TTimesFunction::InitMetaData() {
+TAVO_SETUP void TTimesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
 }
@@ -274,7 +274,7 @@ bool TTimesFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Con
   return AccumulateNumbers(arMultiply, FunCall, Context, Result);
 }
 
-void TAbsFunction::InitMetaData() {
+TAVO_SETUP void TAbsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"abs", u"Returns the absolute value of its argument", u" <numeric-expression>", 1, 1);
 }
@@ -293,7 +293,7 @@ void TAbsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   }
 }
 
-void TIntegerDivideFunction::InitMetaData() {
+TAVO_SETUP void TIntegerDivideFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"div", u"Returns the first argument divided by each of the others, truncated to an integer",
            u" <integer-expression>+", 1, AnyArgumentCount);
@@ -310,7 +310,7 @@ void TIntegerDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = IntegerValue(Quotient);
 }
 
-void TExpFunction::InitMetaData() {
+TAVO_SETUP void TExpFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"exp", u"Returns e raised to the power of its argument", u" <numeric-expression>", 1, 1);
 }
@@ -320,7 +320,7 @@ void TExpFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(std::exp(NumericArgument(FunCall, 0, Context)));
 }
 
-void TExptFunction::InitMetaData() {
+TAVO_SETUP void TExptFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"**", u"Returns the first argument raised to the power of the second",
            u" <numeric-expression> <numeric-expression>", 2, 2);
@@ -332,7 +332,7 @@ void TExptFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(std::pow(Base, NumericArgument(FunCall, 1, Context)));
 }
 
-void TPiFunction::InitMetaData() {
+TAVO_SETUP void TPiFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"PI", u"Returns the number pi", u"", 0, 0);
 }
@@ -342,7 +342,7 @@ void TPiFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
   Result = FloatValue(std::numbers::pi);
 }
 
-void TFloatFunction::InitMetaData() {
+TAVO_SETUP void TFloatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"float", u"Returns its argument as a float", u" <numeric-expression>", 1, 1);
 }
@@ -352,7 +352,7 @@ void TFloatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(NumericArgument(FunCall, 0, Context));
 }
 
-void TIntegerFunction::InitMetaData() {
+TAVO_SETUP void TIntegerFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"integer", u"Returns its argument as an integer, truncated toward zero",
            u" <numeric-expression>", 1, 1);
@@ -363,7 +363,7 @@ void TIntegerFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = IntegerValue(IntegerArgument(FunCall, 0, Context));
 }
 
-void TMaxFunction::InitMetaData() {
+TAVO_SETUP void TMaxFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"max", u"Returns the greatest of its arguments", u" <numeric-expression>+", 1, AnyArgumentCount);
 }
@@ -373,7 +373,7 @@ void TMaxFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Extreme(true, FunCall, Context, Result);
 }
 
-void TMinFunction::InitMetaData() {
+TAVO_SETUP void TMinFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"min", u"Returns the smallest of its arguments", u" <numeric-expression>+", 1, AnyArgumentCount);
 }
@@ -383,7 +383,7 @@ void TMinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Extreme(false, FunCall, Context, Result);
 }
 
-void TLogFunction::InitMetaData() {
+TAVO_SETUP void TLogFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"log", u"Returns the natural logarithm of its argument", u" <numeric-expression>", 1, 1);
 }
@@ -393,7 +393,7 @@ void TLogFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(std::log(NumericArgument(FunCall, 0, Context)));
 }
 
-void TLog10Function::InitMetaData() {
+TAVO_SETUP void TLog10Function::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"log10", u"Returns the base 10 logarithm of its argument", u" <numeric-expression>", 1, 1);
 }
@@ -403,7 +403,7 @@ void TLog10Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(std::log10(NumericArgument(FunCall, 0, Context)));
 }
 
-void TRandomFunction::InitMetaData() {
+TAVO_SETUP void TRandomFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"random",
            u"Returns a random integer from the low end (default 0) within a range of the given width "
@@ -424,7 +424,7 @@ void TRandomFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = IntegerValue(int32_t(uint32_t(uint64_t(Low + RandomSource().Next(Range)))));
 }
 
-void TRandomizeFunction::InitMetaData() {
+TAVO_SETUP void TRandomizeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"randomize", u"Seeds the random numbers from the clock, or with the given seed",
            u" [<seed-integer-expression> ]", 0, 1);
@@ -439,7 +439,7 @@ void TRandomizeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCTrue;
 }
 
-void TRoundFunction::InitMetaData() {
+TAVO_SETUP void TRoundFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"round", u"Returns its argument rounded to the nearest integer, ties to even",
            u" <numeric-expression>", 1, 1);
@@ -450,7 +450,7 @@ void TRoundFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = IntegerValue(RoundToInt32(NumericArgument(FunCall, 0, Context)));
 }
 
-void TSqrtFunction::InitMetaData() {
+TAVO_SETUP void TSqrtFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sqrt", u"Returns the square root of its argument", u" <numeric-expression>", 1, 1);
 }
@@ -460,7 +460,7 @@ void TSqrtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(std::sqrt(NumericArgument(FunCall, 0, Context)));
 }
 
-void TSeedFunction::InitMetaData() {
+TAVO_SETUP void TSeedFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"seed", u"Seeds the random numbers with the given integer", u" <integer-expression>", 1, 1);
 }

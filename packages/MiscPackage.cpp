@@ -11,7 +11,7 @@
 
 namespace tavo {
 
-void TShowFactsFunction::InitMetaData() {
+TAVO_SETUP void TShowFactsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"facts", u"Prints the facts of the current module, of the named one or of all (*)",
               u" [<module-name-expression>|*] [<start-integer-expression> [<end-integer-expression> "
@@ -99,7 +99,7 @@ void TShowFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCNil;
 }
 
-void TAgendaFunction::InitMetaData() {
+TAVO_SETUP void TAgendaFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"agenda", u"Prints the activations of the current module, of the named one or of all (*)",
               u"[<module-name-expression>|*]", 0, 1);
@@ -120,7 +120,7 @@ void TAgendaFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = FCNil;
 }
 
-void TListRulesFunction::InitMetaData() {
+TAVO_SETUP void TListRulesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-defrules", u"Prints the names of the rules of the current module, of the named one or of all (*)",
               u"[<module-name-expression>|*]", 0, 1);
@@ -141,7 +141,7 @@ void TListRulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 // The rest of the listing family: one module's constructs, or every module's.
 
-void TListDefTypesFunction::InitMetaData() {
+TAVO_SETUP void TListDefTypesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-deftypes",
               u"Prints the names of the defined types of the current module, of the named one or of all (*)",
@@ -158,7 +158,7 @@ void TListDefTypesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = FCNil;
 }
 
-void TListFactSetsFunction::InitMetaData() {
+TAVO_SETUP void TListFactSetsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-deffacts",
               u"Prints the names of the fact sets of the current module, of the named one or of all (*)",
@@ -178,7 +178,7 @@ void TListFactSetsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = FCNil;
 }
 
-void TListTemplatesFunction::InitMetaData() {
+TAVO_SETUP void TListTemplatesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-deftemplates",
               u"Prints the names of the fact templates of the current module, of the named one or of all (*)",
@@ -201,7 +201,7 @@ void TListTemplatesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = FCNil;
 }
 
-void TListFunctionsFunction::InitMetaData() {
+TAVO_SETUP void TListFunctionsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-deffunctions", u"Prints the names of the functions defined by deffunction", u"", 0, 0);
 }
@@ -221,7 +221,7 @@ void TListFunctionsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = FCNil;
 }
 
-void TListDefModulesFunction::InitMetaData() {
+TAVO_SETUP void TListDefModulesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-defmodules", u"Prints the names of the modules", u"", 0, 0);
 }
@@ -238,7 +238,7 @@ void TListDefModulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
   Result = FCNil;
 }
 
-void TListFocusStackFunction::InitMetaData() {
+TAVO_SETUP void TListFocusStackFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"list-focus-stack", u"Prints the modules of the focus stack, the top first", u"", 0, 0);
 }
@@ -254,7 +254,7 @@ void TListFocusStackFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
   Result = FCNil;
 }
 
-void TShowRulesFunction::InitMetaData() {
+TAVO_SETUP void TShowRulesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"rules", u"Prints the rules of the current module to the logical name, t by default",
               u"[<logical-name>]", 0, 1);
@@ -277,7 +277,7 @@ void TShowRulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCNil;
 }
 
-void TListVariablesFunction::InitMetaData() {
+TAVO_SETUP void TListVariablesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   if (FType == lvDefGlobals)
     SetMetaData(u"list-defglobals", u"Prints the global variables and their values", u"", 0, 0);
@@ -324,7 +324,7 @@ void TListVariablesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = FCNil;
 }
 
-void TIsTavoStructFunction::InitMetaData() {
+TAVO_SETUP void TIsTavoStructFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   switch (FType) {
     case sfIsBinding:
@@ -420,7 +420,7 @@ void SetTypeCheck(TInferenceEngine& Engine, TTypeCheck Check, bool On) {
 
 }  // namespace
 
-void TGetDynamicCheckFunction::InitMetaData() {
+TAVO_SETUP void TGetDynamicCheckFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-dynamic-constraint-checking",
               u"Returns TRUE if slot values are checked against their types when facts get them", u"", 0, 0);
@@ -431,7 +431,7 @@ void TGetDynamicCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Contex
   Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcDynamic) ? FCTrue : FCFalse;
 }
 
-void TGetStaticCheckFunction::InitMetaData() {
+TAVO_SETUP void TGetStaticCheckFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-static-constraint-checking",
               u"Returns TRUE if the parser checks values against their types", u"", 0, 0);
@@ -442,7 +442,7 @@ void TGetStaticCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
   Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcStatic) ? FCTrue : FCFalse;
 }
 
-void TSetDynamicCheckFunction::InitMetaData() {
+TAVO_SETUP void TSetDynamicCheckFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"set-dynamic-constraint-checking",
               u"Checks slot values against their types when facts get them (TRUE), or not", u" <boolean-expression>",
@@ -455,7 +455,7 @@ void TSetDynamicCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Contex
   SetTypeCheck(Engine, tcDynamic, FunCall.EvaluateArgument(0, Context)->Equals(FCTrue));
 }
 
-void TSetStaticCheckFunction::InitMetaData() {
+TAVO_SETUP void TSetStaticCheckFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"set-static-constraint-checking", u"Lets the parser check values against their types (TRUE), or not",
               u" <boolean-expression>", 1, 1);
@@ -469,7 +469,7 @@ void TSetStaticCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
 
 // set-reset-globals, setgen
 
-void TResetGlobalsFunction::InitMetaData() {
+TAVO_SETUP void TResetGlobalsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"set-reset-globals",
               u"Lets reset bind the global variables anew (TRUE), or not; without an argument gives the setting",
@@ -487,7 +487,7 @@ void TResetGlobalsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Engine.SetResetGlobals(Result->Equals(FCTrue));
 }
 
-void TSetGenFunction::InitMetaData() {
+TAVO_SETUP void TSetGenFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"setgen", u"Sets the index from which new symbols are numbered; it never goes back",
               u" <integer-expression>", 1, 1);
@@ -504,7 +504,7 @@ void TSetGenFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 // guard, parse
 
-void TGuardFunction::InitMetaData() {
+TAVO_SETUP void TGuardFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"guard", u"Runs the calls with the firing rule disabled, so that they cannot activate it again",
               u"<function-call-argument>+", 1, AnyArgumentCount);
@@ -532,7 +532,7 @@ void TGuardFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I) Result = FunCall.EvaluateArgument(I, Context);
 }
 
-void TTavoParseFunction::InitMetaData() {
+TAVO_SETUP void TTavoParseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"parse", u"Reads the text as rule-language constructs and calls; TRUE when it succeeds",
               u"<string-expression>", 1, 1);
@@ -550,7 +550,7 @@ void TTavoParseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 // The pretty-print family.
 
-void TPrettyPrintFunction::InitMetaData() {
+TAVO_SETUP void TPrettyPrintFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   switch (FType) {
     case ppfFactSet:

@@ -16,7 +16,7 @@ IModule ModuleNamed(TInferenceEngine& Engine, const ITavoValue& Name) {
 
 }  // namespace
 
-void TFocusModuleFunction::InitMetaData() {
+TAVO_SETUP void TFocusModuleFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   switch (FType) {
     case fmfFocus:
@@ -77,7 +77,7 @@ void TFocusModuleFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   }
 }
 
-void TCurrentModuleFunction::InitMetaData() {
+TAVO_SETUP void TCurrentModuleFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   if (FType == cmfGetCurrentModule)
     SetMetaData(u"get-current-module", u"Returns the name of the current module", u"", 0, 0);

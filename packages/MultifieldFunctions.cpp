@@ -72,7 +72,7 @@ bool IsBlankUnit(char16_t C) { return C <= u' '; }
 
 }  // namespace
 
-void TCreateMFFunction::InitMetaData() {
+TAVO_SETUP void TCreateMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"create$", u"Returns a multifield of its arguments, each one item, a multifield too",
               u"<expression>*", 0, AnyArgumentCount);
@@ -86,7 +86,7 @@ void TCreateMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = Make<TTavoValue>(Items);
 }
 
-void TDeleteMFFunction::InitMetaData() {
+TAVO_SETUP void TDeleteMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"delete$",
               u"Returns the multifield without its items from the start to the end position, counted from 0",
@@ -99,7 +99,7 @@ void TDeleteMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = Make<TTavoValue>(WithoutRange(FunCall, Context, Start));
 }
 
-void TExplodeMFFunction::InitMetaData() {
+TAVO_SETUP void TExplodeMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"explode$", u"Returns a multifield of the blank-separated words of a string, each a symbol",
               u"<string-expression>", 1, 1);
@@ -122,7 +122,7 @@ void TExplodeMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Make<TTavoValue>(Items);
 }
 
-void TFirstMFFunction::InitMetaData() {
+TAVO_SETUP void TFirstMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"first$", u"Returns the first item of a multifield, or nil when it is empty",
               u"<multifield-expression>", 1, 1);
@@ -134,7 +134,7 @@ void TFirstMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = Source->GetValueCount() == 0 ? FCNil : Resolved(Source->Get(0), Context);
 }
 
-void TImplodeMFFunction::InitMetaData() {
+TAVO_SETUP void TImplodeMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"implode$", u"Returns a string of the items of a multifield, separated by one blank",
               u"<multifield-expression>", 1, 1);
@@ -153,7 +153,7 @@ void TImplodeMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Make<TTavoValue>(std::move(Text), dtString);
 }
 
-void TInsertMFFunction::InitMetaData() {
+TAVO_SETUP void TInsertMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"insert$",
               u"Returns the multifield with the expressions inserted at the position, counted from 0, each one "
@@ -173,7 +173,7 @@ void TInsertMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = Make<TTavoValue>(Items);
 }
 
-void TLengthMFFunction::InitMetaData() {
+TAVO_SETUP void TLengthMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"length$", u"Returns the number of items of a multifield", u"<multifield-expression>", 1, 1);
 }
@@ -183,7 +183,7 @@ void TLengthMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = Make<TTavoValue>(int32_t(ListArgument(FunCall, 0, Context)->GetValueCount()), dtInteger);
 }
 
-void TMemberFunction::InitMetaData() {
+TAVO_SETUP void TMemberFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"member",
               u"Returns the position, counted from 0, of the first of the other arguments equal to the first, "
@@ -203,7 +203,7 @@ void TMemberFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = FCFalse;
 }
 
-void TMemberMFFunction::InitMetaData() {
+TAVO_SETUP void TMemberMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"member$", u"Returns the position, counted from 0, of the value in the multifield, or FALSE",
               u"<expression> <multifield-expression>", 2, 2);
@@ -221,7 +221,7 @@ void TMemberMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = FCFalse;
 }
 
-void TNthMFFunction::InitMetaData() {
+TAVO_SETUP void TNthMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"nth$", u"Returns the item of the multifield at the position, counted from 0",
               u"<integer-expression> <multifield-expression>", 2, 2);
@@ -234,7 +234,7 @@ void TNthMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = Resolved(Source->Get(Index), Context);
 }
 
-void TReplaceMFFunction::InitMetaData() {
+TAVO_SETUP void TReplaceMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"replace$",
               u"Returns the multifield with its items from the start to the end position, counted from 0, "
@@ -253,7 +253,7 @@ void TReplaceMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Make<TTavoValue>(Items);
 }
 
-void TRestMFFunction::InitMetaData() {
+TAVO_SETUP void TRestMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"rest$", u"Returns the multifield without its first item", u"<multifield-expression>", 1, 1);
 }
@@ -264,7 +264,7 @@ void TRestMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = Make<TTavoValue>(CopyItems(ListArgument(FunCall, 0, Context), 1, Context));
 }
 
-void TSubSeqMFFunction::InitMetaData() {
+TAVO_SETUP void TSubSeqMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"subseq$",
               u"Returns the items of the multifield from the start to the end position, counted from 0",
@@ -283,7 +283,7 @@ void TSubSeqMFFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = Make<TTavoValue>(Items);
 }
 
-void TSubSetpMFFunction::InitMetaData() {
+TAVO_SETUP void TSubSetpMFFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"subsetp",
               u"Returns TRUE if every item of the first argument, or the first argument itself when it is no "

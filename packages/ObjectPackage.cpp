@@ -75,7 +75,7 @@ bool HoldsEngine(const TObject* Object, const TFunctionCall& FunCall, TTavoConte
 
 }  // namespace
 
-void TCreateObjectFunction::InitMetaData() {
+TAVO_SETUP void TCreateObjectFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"create-object", u"Creates an object of a class and returns it; the rules free it with free-object",
               u" <TClass-expression>", 1, 1);
@@ -87,7 +87,7 @@ void TCreateObjectFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = ObjectValue(CreateObject(Class));
 }
 
-void TExecuteActionFunction::InitMetaData() {
+TAVO_SETUP void TExecuteActionFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"execute-action", u"Executes an action; returns TRUE when the action had something to do, else FALSE",
               u" <TBasicAction-expression>", 1, 1);
@@ -98,7 +98,7 @@ void TExecuteActionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = BooleanValue(ObjectAs<TBasicAction>(*ResolvedArgument(FunCall, 0, Context)).Execute());
 }
 
-void TFreeObjectFunction::InitMetaData() {
+TAVO_SETUP void TFreeObjectFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"free-object", u"Frees each object; values that refer to one afterwards are left dangling",
               u" <TObject-expression>*", 0, AnyArgumentCount);
@@ -117,7 +117,7 @@ void TFreeObjectFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, IT
   }
 }
 
-void TGetComponentFunction::InitMetaData() {
+TAVO_SETUP void TGetComponentFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-component",
               u"Returns the component of that name of the given owner, or of the engine's owner; nil when there is "
@@ -140,7 +140,7 @@ void TGetComponentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = Found ? ObjectValue(Found) : FCNil;
 }
 
-void TGetComponentsFunction::InitMetaData() {
+TAVO_SETUP void TGetComponentsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-components",
               u"Returns the components of the given owner, or of the engine's owner, as a multifield in their order",
@@ -155,7 +155,7 @@ void TGetComponentsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = Make<TTavoValue>(Components);
 }
 
-void TGetClassFunction::InitMetaData() {
+TAVO_SETUP void TGetClassFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-class", u"Returns the class registered under the name", u" <class-name>", 1, 1);
 }
@@ -165,7 +165,7 @@ void TGetClassFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = Make<TTavoValue>(&FindClass(ResolvedArgument(FunCall, 0, Context)->GetAsString()));
 }
 
-void TGetPropertyFunction::InitMetaData() {
+TAVO_SETUP void TGetPropertyFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-property",
               u"Returns the value of a published property of the object; FALSE for no object or one that publishes "
@@ -215,7 +215,7 @@ void TGetPropertyFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   Result = Value;
 }
 
-void TGetPropertiesFunction::InitMetaData() {
+TAVO_SETUP void TGetPropertiesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-properties",
               u"Returns the names of the published properties of the object as a multifield of strings, its "
@@ -233,7 +233,7 @@ void TGetPropertiesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = Make<TTavoValue>(Names);
 }
 
-void TSetPropertyFunction::InitMetaData() {
+TAVO_SETUP void TSetPropertyFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"set-property",
               u"Sets a published property of the object to the value and returns the value; nothing happens for no "
@@ -272,7 +272,7 @@ void TSetPropertyFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   Result = Value;
 }
 
-void TIsClassFunction::InitMetaData() {
+TAVO_SETUP void TIsClassFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"is-class", u"Returns TRUE if the object is of the class or of a class descended from it, else FALSE",
               u" <TObject-expression> <TClass-expression>", 2, 2);

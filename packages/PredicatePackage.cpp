@@ -13,7 +13,7 @@ bool IsOdd(TFunctionCall& FunCall, TTavoContext* Context) {
 
 }  // namespace
 
-void TVerifyTypePFunction::InitMetaData() {
+TAVO_SETUP void TVerifyTypePFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(GetFunctionName(), Format(SVerifyTypeComment, SetToString(FTypes)), u"<expression>", 1, 1);
 }
@@ -23,7 +23,7 @@ void TVerifyTypePFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   Result = BooleanValue(FTypes.Contains(ResolvedArgument(FunCall, 0, Context)->GetDType()));
 }
 
-void TGetValueTypeFunction::InitMetaData() {
+TAVO_SETUP void TGetValueTypeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"get-type", u"Returns the name of the type of its argument as a symbol, such as dtInteger",
               u" <expression> ", 1, 1);
@@ -34,7 +34,7 @@ void TGetValueTypeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
   Result = Make<TTavoValue>(GetTavoTypeName(ResolvedArgument(FunCall, 0, Context)->GetDType()), dtAtom);
 }
 
-void TEvenPFunction::InitMetaData() {
+TAVO_SETUP void TEvenPFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"evenp", u"Returns TRUE if its argument, read as an integer, is even, else FALSE",
               u" <numeric-expression>", 1, 1);
@@ -45,7 +45,7 @@ void TEvenPFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = BooleanValue(!IsOdd(FunCall, Context));
 }
 
-void TOddPFunction::InitMetaData() {
+TAVO_SETUP void TOddPFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"oddp", u"Returns TRUE if its argument, read as an integer, is odd, else FALSE",
               u" <numeric-expression>", 1, 1);

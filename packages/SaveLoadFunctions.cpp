@@ -5,7 +5,7 @@
 
 namespace tavo {
 
-void TLoadFunction::InitMetaData() {
+TAVO_SETUP void TLoadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"load", u"Loads the constructs of a file into the expert system, which is neither cleared nor reset",
               u"<filename>", 1, 1);
@@ -17,7 +17,7 @@ void TLoadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FCTrue;
 }
 
-void TSaveFunction::InitMetaData() {
+TAVO_SETUP void TSaveFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"save", u"Saves the whole expert system to a file as text that load reads back", u"<filename>", 1, 1);
 }
@@ -28,7 +28,7 @@ void TSaveFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FCTrue;
 }
 
-void TLoadFactsFunction::InitMetaData() {
+TAVO_SETUP void TLoadFactsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"load-facts", u"Asserts the facts written in a file", u"<filename>", 1, 1);
 }
@@ -39,7 +39,7 @@ void TLoadFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCTrue;
 }
 
-void TSaveFactsFunction::InitMetaData() {
+TAVO_SETUP void TSaveFactsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"save-facts", u"Saves the facts to a file, only those of the given templates when any are named",
               u"<file-name> [<fact-template-name>+]", 1, AnyArgumentCount);

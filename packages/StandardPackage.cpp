@@ -156,7 +156,7 @@ void AppendPrintText(String& Text, const ITavoValue& Value) {
 
 // if
 
-void TIfFunction::InitMetaData() {
+TAVO_SETUP void TIfFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"if",
               u"Evaluates the first argument.  If the first argument is TRUE, then it executes the expressions "
@@ -192,7 +192,7 @@ void TIfFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
 
 // while
 
-void TWhileFunction::InitMetaData() {
+TAVO_SETUP void TWhileFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"while",
               u"Evaluates the expressions after the condition, and the optional \"do\" keyword, again and again "
@@ -213,7 +213,7 @@ void TWhileFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 // foreach
 
-void TForEachFunction::InitMetaData() {
+TAVO_SETUP void TForEachFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"foreach",
               u"Binds the variable to each item of the list in turn and evaluates the expressions for each",
@@ -241,7 +241,7 @@ void TForEachFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 // try
 
-void TTryFunction::InitMetaData() {
+TAVO_SETUP void TTryFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"try",
               u"Evaluates the expressions; those after \"finally\" run in any case, and those after \"catch\" or "
@@ -281,7 +281,7 @@ void TTryFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 // throw
 
-void TThrowFunction::InitMetaData() {
+TAVO_SETUP void TThrowFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"throw", u"Raises an error with the given text as its message", u"<lexeme-expression>", 1, 1);
 }
@@ -294,7 +294,7 @@ void TThrowFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 // return
 
-void TReturnFunction::InitMetaData() {
+TAVO_SETUP void TReturnFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"return",
               u"Ends the current deffunction, loop or rule action, giving the argument's value if there is one",
@@ -311,7 +311,7 @@ void TReturnFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 // bind
 
-void TBindFunction::InitMetaData() {
+TAVO_SETUP void TBindFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"bind", u"Binds the variable to the value of the expression and returns the value",
               u"<variable> <expression>", 2, 2);
@@ -325,7 +325,7 @@ void TBindFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 // and, or, not
 
-void TAndFunction::InitMetaData() {
+TAVO_SETUP void TAndFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"and",
               u"Returns TRUE if no argument is FALSE; it evaluates from left to right and stops at the first FALSE",
@@ -342,7 +342,7 @@ void TAndFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FCTrue;
 }
 
-void TOrFunction::InitMetaData() {
+TAVO_SETUP void TOrFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"or",
               u"Returns TRUE at the first argument that is not FALSE, evaluating from left to right, and FALSE "
@@ -360,7 +360,7 @@ void TOrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
   Result = FCFalse;
 }
 
-void TNotFunction::InitMetaData() {
+TAVO_SETUP void TNotFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"not", u"Returns TRUE if the argument is FALSE, and FALSE otherwise", u"<expression>", 1, 1);
 }
@@ -372,7 +372,7 @@ void TNotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
 
 // Equality and order
 
-void TEqFunction::InitMetaData() {
+TAVO_SETUP void TEqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"eq", u"Returns TRUE if the first argument equals all the others in type and value",
               u"<expression> <expression>+", 1, AnyArgumentCount);
@@ -383,7 +383,7 @@ void TEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
   Result = BooleanValue(AllMatchFirst(FunCall, Context, StrictlyEqual));
 }
 
-void TEqStarFunction::InitMetaData() {
+TAVO_SETUP void TEqStarFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"eq*",
               u"Returns TRUE if the first argument equals all the others, each read as the first one's type",
@@ -396,7 +396,7 @@ void TEqStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
       AllMatchFirst(FunCall, Context, [](const ITavoValue& A, const ITavoValue& B) { return A->EqualsStar(B); }));
 }
 
-void TNeqFunction::InitMetaData() {
+TAVO_SETUP void TNeqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"neq", u"Returns TRUE if the first argument equals none of the others in type and value",
               u"<expression> <expression>*", 1, AnyArgumentCount);
@@ -407,7 +407,7 @@ void TNeqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = BooleanValue(NoneMatchesFirst(FunCall, Context, StrictlyEqual));
 }
 
-void TEqualsFunction::InitMetaData() {
+TAVO_SETUP void TEqualsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"=", u"Returns TRUE if the first argument is numerically equal to all the others",
               u"<numeric-expression> <numeric-expression>+", 1, AnyArgumentCount);
@@ -421,7 +421,7 @@ void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = BooleanValue(Answer);
 }
 
-void TNotEqualsFunction::InitMetaData() {
+TAVO_SETUP void TNotEqualsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"<>", u"Returns TRUE if the first argument is numerically equal to none of the others",
               u"<numeric-expression> <numeric-expression>*", 1, AnyArgumentCount);
@@ -435,7 +435,7 @@ void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = BooleanValue(Answer);
 }
 
-void TGtFunction::InitMetaData() {
+TAVO_SETUP void TGtFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u">", u"Returns TRUE if each argument is greater than the one after it",
               u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
@@ -446,7 +446,7 @@ void TGtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
   Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A > B; }));
 }
 
-void TGtOrEqFunction::InitMetaData() {
+TAVO_SETUP void TGtOrEqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u">=", u"Returns TRUE if each argument is greater than or equal to the one after it",
               u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
@@ -457,7 +457,7 @@ void TGtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A >= B; }));
 }
 
-void TLtFunction::InitMetaData() {
+TAVO_SETUP void TLtFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"<", u"Returns TRUE if each argument is less than the one after it",
               u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
@@ -468,7 +468,7 @@ void TLtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
   Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A < B; }));
 }
 
-void TLtOrEqFunction::InitMetaData() {
+TAVO_SETUP void TLtOrEqFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"<=", u"Returns TRUE if each argument is less than or equal to the one after it",
               u"<numeric-expression> <numeric-expression>+", 2, AnyArgumentCount);
@@ -481,7 +481,7 @@ void TLtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
 
 // __get-var
 
-void TExtractGlobalFunction::InitMetaData() {
+TAVO_SETUP void TExtractGlobalFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"__get-var", u"Returns the value bound to the variable, or nil when it is not bound",
               u"<variable-name>", 1, 1);
@@ -500,7 +500,7 @@ void TExtractGlobalFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
 
 // gensym*
 
-void TGenSymStarFunction::InitMetaData() {
+TAVO_SETUP void TGenSymStarFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"gensym*", u"Returns a new symbol of the form genN", u"", 0, 0);
 }
@@ -512,7 +512,7 @@ void TGenSymStarFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, IT
 
 // store, fetch, clear-storage
 
-void TStoreFunction::InitMetaData() {
+TAVO_SETUP void TStoreFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"store", u"Stores the value under the name in the engine's storage; nil removes the name",
               u"<variable-name> <value>", 2, 2);
@@ -530,7 +530,7 @@ void TStoreFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
     Storage.Remove(Name);
 }
 
-void TFetchFunction::InitMetaData() {
+TAVO_SETUP void TFetchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"fetch", u"Returns the value stored under the name, or nil when there is none",
               u"<lexeme-expression>", 1, 1);
@@ -542,7 +542,7 @@ void TFetchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   if (!EngineOf(FunCall, Context).GetStorage()->TryGetValue(Name, Result) || !Result) Result = FCNil;
 }
 
-void TClearStorageFunction::InitMetaData() {
+TAVO_SETUP void TClearStorageFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"clear-storage", u"Removes every value from the engine's storage", u"", 0, 0);
 }
@@ -554,7 +554,7 @@ void TClearStorageFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
 
 // run, halt, exit, version
 
-void TRunFunction::InitMetaData() {
+TAVO_SETUP void TRunFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"run",
               u"Fires rules until the agenda is empty, halt is called, or the given number of rules have fired, "
@@ -570,7 +570,7 @@ void TRunFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = Make<TTavoValue>(int32_t(Fired), dtInteger);
 }
 
-void THaltFunction::InitMetaData() {
+TAVO_SETUP void THaltFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"halt", u"Stops the firing of rules once the current rule has finished", u"", 0, 0);
 }
@@ -581,7 +581,7 @@ void THaltFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FCTrue;
 }
 
-void TExitFunction::InitMetaData() {
+TAVO_SETUP void TExitFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"exit", u"Ends the execution at once and without a message", u"", 0, 0);
 }
@@ -592,7 +592,7 @@ void TExitFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   throw EExit();
 }
 
-void TVersionFunction::InitMetaData() {
+TAVO_SETUP void TVersionFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"version", u"Returns the version of the engine", u"", 0, 0);
 }
@@ -604,7 +604,7 @@ void TVersionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 // watch, unwatch
 
-void TWatchFunction::InitMetaData() {
+TAVO_SETUP void TWatchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"watch", u"Turns on the trace of the given kind of event", SWatchSyntax, 1, 1);
 }
@@ -619,7 +619,7 @@ void TWatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FCTrue;
 }
 
-void TUnwatchFunction::InitMetaData() {
+TAVO_SETUP void TUnwatchFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"unwatch", u"Turns off the trace of the given kind of event", SWatchSyntax, 1, 1);
 }
@@ -636,7 +636,7 @@ void TUnwatchFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
 
 // printout
 
-void TPrintOutFunction::InitMetaData() {
+TAVO_SETUP void TPrintOutFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"printout",
               u"Prints the expressions to the logical name without separators; the atom crlf starts a new line",
@@ -657,7 +657,7 @@ void TPrintOutFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
 
 // reset, clear
 
-void TResetFunction::InitMetaData() {
+TAVO_SETUP void TResetFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"reset", u"Resets the expert system: facts cleared, the initial fact asserted, globals bound anew",
               u"", 0, 0);
@@ -665,7 +665,7 @@ void TResetFunction::InitMetaData() {
 
 // assert
 
-void TAssertFunction::InitMetaData() {
+TAVO_SETUP void TAssertFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"assert", u"Asserts each fact, its slots evaluated first; gives the id of the last one, or FALSE",
               u"<fact>*", 0, AnyArgumentCount);
@@ -693,7 +693,7 @@ void TResetFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FCTrue;
 }
 
-void TClearFunction::InitMetaData() {
+TAVO_SETUP void TClearFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"clear", u"Removes all knowledge but the built-in functions and the globals", u"", 0, 0);
 }
@@ -706,7 +706,7 @@ void TClearFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
 
 // format, read, readline
 
-void TFormatFunction::InitMetaData() {
+TAVO_SETUP void TFormatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"format", u"Formats the expressions by the control string and prints the text unless the logical name is nil",
               u"<logical-name> <string-expression> <expression>*", 2, AnyArgumentCount);
@@ -731,7 +731,7 @@ String InputName(TFunctionCall& FunCall, TTavoContext* Context) {
 
 }  // namespace
 
-void TReadFunction::InitMetaData() {
+TAVO_SETUP void TReadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"read", u"Reads one token from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
 }
@@ -741,7 +741,7 @@ void TReadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = EngineOf(FunCall, Context).ReadToken(InputName(FunCall, Context))->Value();
 }
 
-void TReadLineFunction::InitMetaData() {
+TAVO_SETUP void TReadLineFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"readline", u"Reads one line from the logical name, standard input by default", u"[<logical-name>]", 0, 1);
 }

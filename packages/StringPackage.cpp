@@ -100,7 +100,7 @@ String CLIPSFormat(const String& Control, const IValueVector& Items) {
   return Result;
 }
 
-void TStrFormatFunction::InitMetaData() {
+TAVO_SETUP void TStrFormatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"str-format", u"Returns the control string with its conversions filled by the other arguments",
            u"<string-expression> <expression>+", 2, AnyArgumentCount);
@@ -115,7 +115,7 @@ void TStrFormatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Make<TTavoValue>(CLIPSFormat(Control, Items), dtString);
 }
 
-void TSymCatFunction::InitMetaData() {
+TAVO_SETUP void TSymCatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sym-cat", u"Returns a symbol of its arguments joined", u" <expression>*", 0, AnyArgumentCount);
 }
@@ -125,7 +125,7 @@ void TSymCatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = Make<TTavoValue>(JoinArguments(FunCall, Context), dtAtom);
 }
 
-void TLowerCaseFunction::InitMetaData() {
+TAVO_SETUP void TLowerCaseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"lowcase", u"Returns its argument in lower case", u" <string-or-symbol-expression>", 1, 1);
 }
@@ -136,7 +136,7 @@ void TLowerCaseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = SameKind(Value, LowerCase(Value->GetAsString()));
 }
 
-void TStrCatFunction::InitMetaData() {
+TAVO_SETUP void TStrCatFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"str-cat", u"Returns a string of its arguments joined", u" <lexeme-expression>*", 0, AnyArgumentCount);
 }
@@ -146,7 +146,7 @@ void TStrCatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = Make<TTavoValue>(JoinArguments(FunCall, Context), dtString);
 }
 
-void TStrCompFunction::InitMetaData() {
+TAVO_SETUP void TStrCompFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"str-compare",
            u"Returns a negative integer, 0 or a positive integer as the first argument sorts before, with or "
@@ -161,7 +161,7 @@ void TStrCompFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = Make<TTavoValue>(int32_t(CompareStr(First, Second)), dtInteger);
 }
 
-void TStrIndexFunction::InitMetaData() {
+TAVO_SETUP void TStrIndexFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"str-index",
            u"Returns the position, counted from 1, of the first argument inside the second, or FALSE",
@@ -177,7 +177,7 @@ void TStrIndexFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = At == String::npos ? FCFalse : Make<TTavoValue>(int32_t(At + 1), dtInteger);
 }
 
-void TStrLengthFunction::InitMetaData() {
+TAVO_SETUP void TStrLengthFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"str-length", u"Returns the number of characters of its argument", u" <lexeme-expression>", 1,
            1);
@@ -188,7 +188,7 @@ void TStrLengthFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Make<TTavoValue>(int32_t(StringArgument(FunCall, 0, Context).size()), dtInteger);
 }
 
-void TSubStringFunction::InitMetaData() {
+TAVO_SETUP void TSubStringFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sub-string",
            u"Returns the characters of the text from the start to the end position, both counted from 1",
@@ -207,7 +207,7 @@ void TSubStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Make<TTavoValue>(Text.substr(size_t(Start) - 1, size_t(Count)), dtString);
 }
 
-void TUpperCaseFunction::InitMetaData() {
+TAVO_SETUP void TUpperCaseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"upcase", u"Returns its argument in upper case", u" <lexeme-expression>", 1, 1);
 }

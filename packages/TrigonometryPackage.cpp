@@ -47,7 +47,7 @@ double Distance(TDistanceKind Kind, const String& Name, TFunctionCall& FunCall, 
 
 }  // namespace
 
-void TACosFunction::InitMetaData() {
+TAVO_SETUP void TACosFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"acos", u"Returns the inverse cosine, from 0 to pi, of a number from -1 to 1", SNumericArgument, 1, 1);
 }
@@ -58,7 +58,7 @@ void TACosFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::acos(X), {X}));
 }
 
-void TACosHFunction::InitMetaData() {
+TAVO_SETUP void TACosHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"acosh", u"Returns the inverse hyperbolic cosine of a number of at least 1", SNumericArgument, 1, 1);
 }
@@ -69,7 +69,7 @@ void TACosHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::acosh(X), {X}));
 }
 
-void TACotFunction::InitMetaData() {
+TAVO_SETUP void TACotFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"acot", u"Returns the inverse cotangent, atan (1 / x), and pi / 2 at 0", SNumericArgument, 1, 1);
 }
@@ -80,7 +80,7 @@ void TACotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, X == 0 ? Pi / 2 : std::atan(1 / X), {X}));
 }
 
-void TACotHFunction::InitMetaData() {
+TAVO_SETUP void TACotHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"acoth", u"Returns the inverse hyperbolic cotangent, atanh (1 / x), of a number outside -1 to 1",
               SNumericArgument, 1, 1);
@@ -92,7 +92,7 @@ void TACotHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::atanh(1 / X), {X}, X == 1 || X == -1));
 }
 
-void TACscFunction::InitMetaData() {
+TAVO_SETUP void TACscFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"acsc", u"Returns the inverse cosecant, asin (1 / x), of a number outside -1 to 1", SNumericArgument, 1,
               1);
@@ -104,7 +104,7 @@ void TACscFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::asin(1 / X), {X}));
 }
 
-void TACscHFunction::InitMetaData() {
+TAVO_SETUP void TACscHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"acsch", u"Returns the inverse hyperbolic cosecant, asinh (1 / x)", SNumericArgument, 1, 1);
 }
@@ -115,7 +115,7 @@ void TACscHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::asinh(1 / X), {X}, X == 0));
 }
 
-void TASecFunction::InitMetaData() {
+TAVO_SETUP void TASecFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"asec", u"Returns the inverse secant, acos (1 / x), of a number outside -1 to 1", SNumericArgument, 1,
               1);
@@ -127,7 +127,7 @@ void TASecFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::acos(1 / X), {X}));
 }
 
-void TASecHFunction::InitMetaData() {
+TAVO_SETUP void TASecHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"asech", u"Returns the inverse hyperbolic secant, acosh (1 / x), of a number above 0 up to 1",
               SNumericArgument, 1, 1);
@@ -139,7 +139,7 @@ void TASecHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::acosh(1 / X), {X}, X == 0));
 }
 
-void TASinFunction::InitMetaData() {
+TAVO_SETUP void TASinFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"asin", u"Returns the inverse sine, from -pi / 2 to pi / 2, of a number from -1 to 1", SNumericArgument,
               1, 1);
@@ -151,7 +151,7 @@ void TASinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::asin(X), {X}));
 }
 
-void TASinHFunction::InitMetaData() {
+TAVO_SETUP void TASinHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"asinh", u"Returns the inverse hyperbolic sine", SNumericArgument, 1, 1);
 }
@@ -162,7 +162,7 @@ void TASinHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::asinh(X), {X}));
 }
 
-void TATanFunction::InitMetaData() {
+TAVO_SETUP void TATanFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"atan", u"Returns the arctangent, from -pi / 2 to pi / 2", SNumericArgument, 1, 1);
 }
@@ -173,7 +173,7 @@ void TATanFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::atan(X), {X}));
 }
 
-void TATanHFunction::InitMetaData() {
+TAVO_SETUP void TATanHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"atanh", u"Returns the inverse hyperbolic tangent of a number between -1 and 1", SNumericArgument, 1, 1);
 }
@@ -184,7 +184,7 @@ void TATanHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::atanh(X), {X}, X == 1 || X == -1));
 }
 
-void TCosFunction::InitMetaData() {
+TAVO_SETUP void TCosFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"cos", u"Returns the cosine of an angle in radians", SNumericArgument, 1, 1);
 }
@@ -195,7 +195,7 @@ void TCosFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(TrapFloat(FFunctionName, std::cos(X), {X}));
 }
 
-void TCosHFunction::InitMetaData() {
+TAVO_SETUP void TCosHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"cosh", u"Returns the hyperbolic cosine", SNumericArgument, 1, 1);
 }
@@ -206,7 +206,7 @@ void TCosHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::cosh(X), {X}));
 }
 
-void TCotFunction::InitMetaData() {
+TAVO_SETUP void TCotFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"cot", u"Returns the cotangent of an angle in radians, 1 / tan", SNumericArgument, 1, 1);
 }
@@ -217,7 +217,7 @@ void TCotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(TrapFloat(FFunctionName, 1 / std::tan(X), {X}, std::tan(X) == 0));
 }
 
-void TCotHFunction::InitMetaData() {
+TAVO_SETUP void TCotHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"coth", u"Returns the hyperbolic cotangent, 1 / tanh", SNumericArgument, 1, 1);
 }
@@ -228,7 +228,7 @@ void TCotHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, 1 / std::tanh(X), {X}, X == 0));
 }
 
-void TCscFunction::InitMetaData() {
+TAVO_SETUP void TCscFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"csc", u"Returns the cosecant of an angle in radians, 1 / sin", SNumericArgument, 1, 1);
 }
@@ -239,7 +239,7 @@ void TCscFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(TrapFloat(FFunctionName, 1 / std::sin(X), {X}, std::sin(X) == 0));
 }
 
-void TCscHFunction::InitMetaData() {
+TAVO_SETUP void TCscHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"csch", u"Returns the hyperbolic cosecant, 1 / sinh", SNumericArgument, 1, 1);
 }
@@ -250,7 +250,7 @@ void TCscHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, 1 / std::sinh(X), {X}, X == 0));
 }
 
-void TSecFunction::InitMetaData() {
+TAVO_SETUP void TSecFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sec", u"Returns the secant of an angle in radians, 1 / cos", SNumericArgument, 1, 1);
 }
@@ -261,7 +261,7 @@ void TSecFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(TrapFloat(FFunctionName, 1 / std::cos(X), {X}, std::cos(X) == 0));
 }
 
-void TSecHFunction::InitMetaData() {
+TAVO_SETUP void TSecHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sech", u"Returns the hyperbolic secant, 1 / cosh", SNumericArgument, 1, 1);
 }
@@ -272,7 +272,7 @@ void TSecHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, 1 / std::cosh(X), {X}));
 }
 
-void TSinFunction::InitMetaData() {
+TAVO_SETUP void TSinFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sin", u"Returns the sine of an angle in radians", SNumericArgument, 1, 1);
 }
@@ -283,7 +283,7 @@ void TSinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(TrapFloat(FFunctionName, std::sin(X), {X}));
 }
 
-void TSinHFunction::InitMetaData() {
+TAVO_SETUP void TSinHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"sinh", u"Returns the hyperbolic sine", SNumericArgument, 1, 1);
 }
@@ -294,7 +294,7 @@ void TSinHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::sinh(X), {X}));
 }
 
-void TTanFunction::InitMetaData() {
+TAVO_SETUP void TTanFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"tan", u"Returns the tangent of an angle in radians, sin / cos", SNumericArgument, 1, 1);
 }
@@ -305,7 +305,7 @@ void TTanFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FloatValue(TrapFloat(FFunctionName, std::tan(X), {X}));
 }
 
-void TTanHFunction::InitMetaData() {
+TAVO_SETUP void TTanHFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"tanh", u"Returns the hyperbolic tangent", SNumericArgument, 1, 1);
 }
@@ -316,7 +316,7 @@ void TTanHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(TrapFloat(FFunctionName, std::tanh(X), {X}));
 }
 
-void TCycleRadFunction::InitMetaData() {
+TAVO_SETUP void TCycleRadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"cycle-rad", u"Converts cycles to radians: radians = 2 pi * cycles", SNumericArgument, 1, 1);
 }
@@ -327,7 +327,7 @@ void TCycleRadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = FloatValue(TrapFloat(FFunctionName, X * (2 * Pi), {X}));
 }
 
-void TRadCycleFunction::InitMetaData() {
+TAVO_SETUP void TRadCycleFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"rad-cycle", u"Converts radians to cycles: cycles = radians / (2 pi)", SNumericArgument, 1, 1);
 }
@@ -338,7 +338,7 @@ void TRadCycleFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = FloatValue(TrapFloat(FFunctionName, X / (2 * Pi), {X}));
 }
 
-void TDegRadFunction::InitMetaData() {
+TAVO_SETUP void TDegRadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"deg-rad", u"Converts degrees to radians: radians = degrees * (pi / 180)", SNumericArgument, 1, 1);
 }
@@ -349,7 +349,7 @@ void TDegRadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = FloatValue(TrapFloat(FFunctionName, X * (Pi / 180), {X}));
 }
 
-void TRadDegFunction::InitMetaData() {
+TAVO_SETUP void TRadDegFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"rad-deg", u"Converts radians to degrees: degrees = radians * (180 / pi)", SNumericArgument, 1, 1);
 }
@@ -360,7 +360,7 @@ void TRadDegFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = FloatValue(TrapFloat(FFunctionName, X * (180 / Pi), {X}));
 }
 
-void TGradRadFunction::InitMetaData() {
+TAVO_SETUP void TGradRadFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"grad-rad", u"Converts grads to radians: radians = grads * (pi / 200)", SNumericArgument, 1, 1);
 }
@@ -371,7 +371,7 @@ void TGradRadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = FloatValue(TrapFloat(FFunctionName, X * (Pi / 200), {X}));
 }
 
-void TRadGradFunction::InitMetaData() {
+TAVO_SETUP void TRadGradFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"rad-grad", u"Converts radians to grads: grads = radians * (200 / pi)", SNumericArgument, 1, 1);
 }
@@ -382,7 +382,7 @@ void TRadGradFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = FloatValue(TrapFloat(FFunctionName, X * (200 / Pi), {X}));
 }
 
-void TDegGradFunction::InitMetaData() {
+TAVO_SETUP void TDegGradFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"deg-grad", u"Converts degrees to grads: grads = degrees * (10 / 9)", SNumericArgument, 1, 1);
 }
@@ -393,7 +393,7 @@ void TDegGradFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = FloatValue(TrapFloat(FFunctionName, X * 10 / 9, {X}));
 }
 
-void TGradDegFunction::InitMetaData() {
+TAVO_SETUP void TGradDegFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"grad-deg", u"Converts grads to degrees: degrees = grads * (9 / 10)", SNumericArgument, 1, 1);
 }
@@ -404,7 +404,7 @@ void TGradDegFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavo
   Result = FloatValue(TrapFloat(FFunctionName, X * 9 / 10, {X}));
 }
 
-void TATan2Function::InitMetaData() {
+TAVO_SETUP void TATan2Function::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"atan2", u"Returns the arctangent of Y / X, from -pi to pi in the quadrant of the point (X, Y)",
               SPointArguments, 2, 2);
@@ -418,7 +418,7 @@ void TATan2Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVa
   Result = FloatValue(TrapFloat(FFunctionName, std::atan2(Y, X), {X, Y}));
 }
 
-void THypotenuseFunction::InitMetaData() {
+TAVO_SETUP void THypotenuseFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"hypotenuse", u"Returns the square root of X squared plus Y squared", SPointArguments, 2, 2);
 }
@@ -431,7 +431,7 @@ void THypotenuseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, IT
   Result = FloatValue(TrapFloat(FFunctionName, std::hypot(X, Y), {X, Y}));
 }
 
-void TDistanceFunction::InitMetaData() {
+TAVO_SETUP void TDistanceFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"distance", u"Returns the Euclidean distance of two points given as multifields of coordinates",
               SMultifieldArguments, 2, 2);
@@ -442,7 +442,7 @@ void TDistanceFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITav
   Result = FloatValue(Distance(dkEuclidean, FFunctionName, FunCall, Context));
 }
 
-void TDistanceSqrFunction::InitMetaData() {
+TAVO_SETUP void TDistanceSqrFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"distance-sqr", u"Returns the square of the Euclidean distance of two points", SMultifieldArguments, 2,
               2);
@@ -453,7 +453,7 @@ void TDistanceSqrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   Result = FloatValue(Distance(dkSquared, FFunctionName, FunCall, Context));
 }
 
-void TDistanceManhattanFunction::InitMetaData() {
+TAVO_SETUP void TDistanceManhattanFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"distance-manhattan", u"Returns the sum of the absolute differences of the coordinates of two points",
               SMultifieldArguments, 2, 2);

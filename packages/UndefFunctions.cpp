@@ -5,7 +5,7 @@
 
 namespace tavo {
 
-void TUnDefTypeFunction::InitMetaData() {
+TAVO_SETUP void TUnDefTypeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"undeftype", u"Removes the defined type, and the templates that use it; FALSE when there is none",
               u"<defined-type-name-expression>", 1, 1);
@@ -17,7 +17,7 @@ void TUnDefTypeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = Types && Types->Remove(FunCall.Argument(0, Context)->GetAsString()) ? FCTrue : FCFalse;
 }
 
-void TUnDefRuleFunction::InitMetaData() {
+TAVO_SETUP void TUnDefRuleFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"undefrule", u"Removes the rule and its activations; FALSE when there is none", u" <rule-name>", 1, 1);
 }
@@ -34,7 +34,7 @@ void TUnDefRuleFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCTrue;
 }
 
-void TUnDefFactsFunction::InitMetaData() {
+TAVO_SETUP void TUnDefFactsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"undeffacts", u"Removes the fact set; its facts stay until the next reset; FALSE when there is none",
               u" <fact-set-name>", 1, 1);
@@ -52,7 +52,7 @@ void TUnDefFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, IT
   Result = FCTrue;
 }
 
-void TUnDefFunctionFunction::InitMetaData() {
+TAVO_SETUP void TUnDefFunctionFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"undeffunction", u"Removes the function from the engine; FALSE when there is none",
               u" <function-name>", 1, 1);
@@ -71,7 +71,7 @@ void TUnDefFunctionFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = FCTrue;
 }
 
-void TUnDefTemplateFunction::InitMetaData() {
+TAVO_SETUP void TUnDefTemplateFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"undeftemplate",
               u"Removes the fact template with its facts and the rules that match on it; FALSE when there is none",
