@@ -174,10 +174,27 @@ int TActivationAgenda::Add(TActivation* Activation) {
   auto* Node = new TNode{Activation, Activation->GetRule() ? Activation->GetRule()->GetSalience() : 0, FSeed};
   // A copy in a second agenda leaves the reference to the first.
   if (!Activation->FAgendaEntry) Activation->FAgendaEntry = Node;
-  TNode *Left, *Right;
-  Split(FRoot, Index, Left, Right);
-  FRoot = Merge(Merge(Left, Node), Right);
-  FRoot->Parent = nullptr;
+  // Down the entries of higher priority to the place the new one heads,
+  // counting it into each subtree it joins; there the subtree splits
+  // around its index into the new entry's children.
+  TNode** Link = &FRoot;
+  TNode* Parent = nullptr;
+  int Rank = Index;
+  while (*Link && (*Link)->Priority > Node->Priority) {
+    Parent = *Link;
+    ++Parent->Size;
+    const int LeftSize = Size(Parent->Left);
+    if (Rank <= LeftSize) {
+      Link = &Parent->Left;
+    } else {
+      Rank -= LeftSize + 1;
+      Link = &Parent->Right;
+    }
+  }
+  Split(*Link, Rank, Node->Left, Node->Right);
+  Update(Node);
+  Node->Parent = Parent;
+  *Link = Node;
   return Index;
 }
 
@@ -189,11 +206,19 @@ int TActivationAgenda::IndexOfData(const TActivation* Activation) const {
 bool TActivationAgenda::Contains(const TActivation* Activation) const { return NodeOf(Activation) != nullptr; }
 
 void TActivationAgenda::Unlink(TNode* Node) {
-  TNode *Left, *Middle, *Right;
-  Split(FRoot, RankOf(Node), Left, Middle);
-  Split(Middle, 1, Middle, Right);
-  FRoot = Merge(Left, Right);
-  if (FRoot) FRoot->Parent = nullptr;
+  // The node's children, merged, take its place: their priorities are below
+  // its own, so the order of priorities holds; the subtrees above it lose
+  // one entry each.
+  TNode* Replacement = Merge(Node->Left, Node->Right);
+  TNode* Parent = Node->Parent;
+  if (Replacement) Replacement->Parent = Parent;
+  if (!Parent)
+    FRoot = Replacement;
+  else if (Parent->Left == Node)
+    Parent->Left = Replacement;
+  else
+    Parent->Right = Replacement;
+  for (TNode* Above = Parent; Above; Above = Above->Parent) --Above->Size;
   // The reference may be that of an agenda which held the activation first.
   if (Node->Activation->FAgendaEntry == Node) Node->Activation->FAgendaEntry = nullptr;
   delete Node;

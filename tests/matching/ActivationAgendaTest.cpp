@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+#include <vector>
+
 #include "engine/InferenceEngine.h"
 #include "tests/TestSupport.h"
 
@@ -88,6 +92,56 @@ TEST_F(TAgendaTest, EntriesLeaveByIndexOrByActivationAndTellTheirText) {
   // An empty agenda with an engine appends; so does one without.
   TTavoAgenda Empty;
   EXPECT_EQ(Empty.FindInsertion(nullptr), -1);
+}
+
+
+// An agenda that places each activation where the test says.
+class TPlacedAgenda : public TActivationAgenda {
+ public:
+  int Next = -1;
+  int FindInsertion(TActivation*) override { return Next; }
+};
+
+// The tree behind the agenda against a plain list: entries placed and taken
+// anywhere, by index and by activation, keep their order, their indices and
+// the parent links that iteration and lookups by activation walk.
+TEST(AgendaTreeTest, AgreesWithAPlainListThroughRandomPlacingAndWithdrawing) {
+  TPlacedAgenda Agenda;
+  std::vector<TActivation*> Model;
+  std::mt19937 Random(11);
+  for (int Step = 0; Step < 6000; ++Step) {
+    const int Count = int(Model.size());
+    const unsigned Choice = Random() % 10;
+    if (Count == 0 || Choice < ((Step / 1500) % 2 == 0 ? 6u : 3u)) {
+      auto* Activation = new TActivation(nullptr, nullptr, nullptr);
+      const int Index = int(Random() % unsigned(Count + 1));
+      Agenda.Next = Index;
+      ASSERT_EQ(Agenda.Add(Activation), Index);
+      Model.insert(Model.begin() + Index, Activation);
+    } else if (Choice < 8) {
+      TActivation* Activation = Model[Random() % unsigned(Count)];
+      ASSERT_TRUE(Agenda.ExtractData(Activation));
+      ASSERT_FALSE(Agenda.Contains(Activation));
+      Model.erase(std::find(Model.begin(), Model.end(), Activation));
+      delete Activation;
+    } else {
+      const int Index = int(Random() % unsigned(Count));
+      ASSERT_EQ(Agenda.Extract(Index), Model[size_t(Index)]);
+      delete Model[size_t(Index)];
+      Model.erase(Model.begin() + Index);
+    }
+    ASSERT_EQ(Agenda.Count(), int(Model.size()));
+    if (!Model.empty()) {
+      const int Probe = int(Random() % Model.size());
+      ASSERT_EQ(Agenda.IndexOfData(Model[size_t(Probe)]), Probe);
+      ASSERT_EQ(Agenda.GetActivations(Probe), Model[size_t(Probe)]);
+    }
+    if (Step % 50 == 0) {
+      std::vector<TActivation*> Walked;
+      for (TActivation* Activation : Agenda) Walked.push_back(Activation);
+      ASSERT_EQ(Walked, Model) << "after step " << Step;
+    }
+  }
 }
 
 }  // namespace
