@@ -691,6 +691,10 @@ void TTavoValue::Assign(const TPersistent* Source) {
     TCloneableObject::Assign(Source);
     return;
   }
+  AssignValue(Value);
+}
+
+void TTavoValue::AssignValue(const TTavoValue* Value) {
   if (Value == this) return;
   Reset();
   if (Value->IsOwningObject())
@@ -831,7 +835,13 @@ void TTavoValue::AssignTo(TPersistent* Dest) const {
 ICloneableObject TTavoValue::Clone() const { return CloneValue(); }
 
 ITavoValue TTavoValue::CloneValue() const {
-  // A descendant clones into its own class.
+  // Values of this very class, which facts copy by the million, are made
+  // directly; a descendant clones into its own class.
+  if (IsPlainClass()) {
+    ITavoValue Result = Make<TTavoValue>();
+    Result->AssignValue(this);
+    return Result;
+  }
   ITavoValue Result(static_cast<TTavoValue*>(ClonePersistentClass(this, ClassType()).release()));
   Result->AfterConstruction();
   return Result;

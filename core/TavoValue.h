@@ -226,6 +226,8 @@ class TTavoValue : public TCloneableObject {
   void CopyFromInterface(const TTavoValue* Value);
   TObject* CloneOwnedObject() const;
   void FreeOwnedObject();
+  // Assign from a value known to be one.
+  void AssignValue(const TTavoValue* Value);
   void CopyPayload(const TTavoValue* Value);
 
   TTavoValueRec FValue;
