@@ -304,8 +304,7 @@ void TFuzzyAssertFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, I
   for (int I = First; I < FunCall.GetArgumentCount(); ++I) {
     // The parsed fact stays as written: each assertion evaluates a copy.
     const ITavoValue Argument = I == 0 ? Head : FunCall.EvaluateArgument(I, Context);
-    IFact Fact = Argument->GetAsFact()->CloneFact();
-    ResolveFact(ScopeOf(Context), Fact);
+    IFact Fact = Argument->GetAsFact()->ResolvedCopy(ScopeOf(Context));
     if (const int Id = Engine.Assert(Fact, Unconditional); Id != -1) Last = Id;
   }
   Result = Last == -1 ? FCFalse : Make<TTavoValue>(Last, dtFactId);

@@ -270,6 +270,42 @@ IFact TFact::CloneFact() const {
   return Result;
 }
 
+namespace {
+
+// A slot's value once resolved, made fit for slot I of Template: a list is
+// spliced into a new value, and a fuzzy slot takes a set of its own.
+ITavoValue FitSlotValue(TTavoContext& Context, const IFactTemplate& Template, bool Fuzzy, int I, ITavoValue Value) {
+  if (!Fuzzy && Value && Value->GetDType() == dtList) {
+    // A resolved list value may be a shared one: expand into a new value.
+    Value = Make<TTavoValue>(Context.ExpandList(Value->GetAsList()));
+  }
+  if (Fuzzy) {
+    const IFactSlot& Slot = Template->GetLayout()->GetSlot(I);
+    IFuzzyVariable Variable = Slot->GetFuzzyVariable();
+    const bool OneFuzzyItem = Value && Value->GetDType() == dtList && Value->GetAsList()->GetValueCount() == 1 &&
+                              Value->GetAsList()->Get(0) && Value->GetAsList()->Get(0)->GetDType() == dtFuzzy;
+    if (Slot->GetSlotType().Contains(dtFuzzy) && !(Value && Value->GetDType() == dtFuzzy) && !OneFuzzyItem) {
+      IReasoner* Reasoner = Template->GetReasoner();
+      const bool WasList = Value && Value->GetDType() == dtList;
+      if (Reasoner) Value = Reasoner->EvalFuzzyExpression(Variable, Value, &Context);
+      if (Slot->GetSlotType().Contains(dtList) && !WasList && Value) {
+        IValueVector One = Make<TValueVector>();
+        One->Add(Value);
+        Value = Make<TTavoValue>(One);
+      }
+    } else if (Value && Value->GetDType() == dtFuzzy && Variable && !Value->GetAsFuzzy()->GetVariable()) {
+      // The set may be shared, a global's say: the fact takes a copy of
+      // its own that belongs to the slot's variable.
+      IFuzzySet Own = Value->GetAsFuzzy()->CloneSet();
+      Own->SetVariable(Variable.Get());
+      Value = Make<TTavoValue>(Own);
+    }
+  }
+  return Value;
+}
+
+}  // namespace
+
 const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
   const IFactTemplate& Template = Fact->GetTemplate();
   if (!Template) throw ETavoException(SNoTemplate);
@@ -278,35 +314,34 @@ const IFact& ResolveFact(TTavoContext& Context, const IFact& Fact) {
   for (int I = 0; I < Count; ++I) {
     const ITavoValue& Slot = Fact->GetValueAt(I);
     ITavoValue Value = Slot ? Slot->Resolve(&Context) : Slot;
-    if (!Fuzzy && Value && Value->GetDType() == dtList) {
-      // A resolved list value may be a shared one: expand into a new value.
-      Value = Make<TTavoValue>(Context.ExpandList(Value->GetAsList()));
-    }
-    if (Fuzzy) {
-      const IFactSlot& Slot = Template->GetLayout()->GetSlot(I);
-      IFuzzyVariable Variable = Slot->GetFuzzyVariable();
-      const bool OneFuzzyItem = Value && Value->GetDType() == dtList && Value->GetAsList()->GetValueCount() == 1 &&
-                                Value->GetAsList()->Get(0) && Value->GetAsList()->Get(0)->GetDType() == dtFuzzy;
-      if (Slot->GetSlotType().Contains(dtFuzzy) && !(Value && Value->GetDType() == dtFuzzy) && !OneFuzzyItem) {
-        IReasoner* Reasoner = Template->GetReasoner();
-        const bool WasList = Value && Value->GetDType() == dtList;
-        if (Reasoner) Value = Reasoner->EvalFuzzyExpression(Variable, Value, &Context);
-        if (Slot->GetSlotType().Contains(dtList) && !WasList && Value) {
-          IValueVector One = Make<TValueVector>();
-          One->Add(Value);
-          Value = Make<TTavoValue>(One);
-        }
-      } else if (Value && Value->GetDType() == dtFuzzy && Variable && !Value->GetAsFuzzy()->GetVariable()) {
-        // The set may be shared, a global's say: the fact takes a copy of
-        // its own that belongs to the slot's variable.
-        IFuzzySet Own = Value->GetAsFuzzy()->CloneSet();
-        Own->SetVariable(Variable.Get());
-        Value = Make<TTavoValue>(Own);
-      }
-    }
-    Fact->SetValueAt(I, Value);
+    Fact->SetValueAt(I, FitSlotValue(Context, Template, Fuzzy, I, std::move(Value)));
   }
   return Fact;
+}
+
+IFact TFact::ResolvedCopy(TTavoContext& Context) const {
+  if (!FTemplate) throw ETavoException(SNoTemplate);
+  IFact Result = Make<TFact>(FTemplate);
+  Result->SetTag(GetTag());
+  Sync();
+  const bool Fuzzy = FTemplate->IsFuzzy();
+  const int Count = Layout()->Count();
+  for (int I = 0; I < Count; ++I) {
+    // What CloneFact and ResolveFact do, in one pass: a written value that
+    // resolves to itself is copied, a slot never written starts from a copy
+    // of its default, and a computed value is taken as it comes.
+    const ITavoValue& Written = Values()[I];
+    ITavoValue Value;
+    if (Written) {
+      Value = Written->Resolve(&Context);
+      if (Value.Get() == Written.Get()) Value = Written->CloneValue();
+    } else if (const ITavoValue& Default = Layout()->GetSlot(I)->GetSlotDefault()) {
+      Value = Default->CloneValue();
+      Value = Value->Resolve(&Context);
+    }
+    Result->SetValueAt(I, FitSlotValue(Context, FTemplate, Fuzzy, I, std::move(Value)));
+  }
+  return Result;
 }
 
 }  // namespace tavo

@@ -81,6 +81,9 @@ class TFact : public TContextFact {
   void Assign(const TPersistent* Source) override;
   ICloneableObject Clone() const override;
   IFact CloneFact() const;
+  // A copy whose values are resolved in Context, as CloneFact followed by
+  // ResolveFact gives it, in one pass: how a parsed fact is asserted.
+  IFact ResolvedCopy(TTavoContext& Context) const;
 
  private:
   void CheckTemplate() const;

@@ -677,8 +677,7 @@ void TAssertFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   int Id = -1;
   for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
     // The parsed fact stays as written: each assertion evaluates a copy.
-    IFact Fact = FunCall.Argument(I, Context)->GetAsFact()->CloneFact();
-    ResolveFact(ScopeOf(Context), Fact);
+    IFact Fact = FunCall.Argument(I, Context)->GetAsFact()->ResolvedCopy(ScopeOf(Context));
     Id = Engine.Assert(Fact, false);
   }
   if (Id == -1)

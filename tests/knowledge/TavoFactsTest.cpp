@@ -93,6 +93,32 @@ TEST(TavoFactsTest, DynamicChecksConvertIntegersAndRefuseTheRest) {
   EXPECT_EQ(F->GetValue(u"count")->GetAsAtom(), u"many");
 }
 
+// An asserted fact is a copy of the parsed one with its values resolved:
+// literals are copied, so that a conversion in the copy leaves the parsed
+// fact as written; a variable's value is taken; a slot never written starts
+// from its default; and the parsed fact gains nothing.
+TEST(TavoFactsTest, AResolvedCopyLeavesTheParsedFactAsWritten) {
+  TOwnerEngine Engine;
+  IFactTemplate T = Make<TFactTemplate>(&Engine, u"m");
+  T->AddSlot(u"weight", Flt(0))->SetSlotType({dtFloat});
+  T->AddSlot(u"label", Atom(u"none"));
+  T->AddSlot(u"owner", Atom(u"nobody"));
+  IFact Parsed = T->NewFact();
+  Parsed->SetValue(u"weight", Int(2));
+  Engine.Checks = {tcDynamic};
+  TTavoContext Context(nullptr, &Engine);
+  Context.AddBinding(u"who", Atom(u"ann"));
+  Parsed->SetValue(u"owner", Make<TTavoValue>(u"who", dtVariable));
+  const int Written = Parsed->GetValueCount();
+  IFact Copy = Parsed->ResolvedCopy(Context);
+  EXPECT_EQ(Copy->ToString(), u"(m (label none) (owner ann) (weight 2.0000))");
+  EXPECT_EQ(Parsed->GetValue(u"weight")->GetDType(), dtInteger) << "the literal was copied before its conversion";
+  EXPECT_NE(Copy->GetValue(u"label"), T->GetSlot(u"label")->GetSlotDefault()) << "a copy of the default";
+  EXPECT_EQ(Parsed->GetValueCount(), Written) << "no default was written into the parsed fact";
+  IFact Again = Parsed->ResolvedCopy(Context);
+  EXPECT_NE(Again->GetValue(u"weight"), Copy->GetValue(u"weight"));
+}
+
 TEST(TavoFactsTest, IdTextIsPaddedToTheCounterWidth) {
   TOwnerEngine Engine;
   IFactTemplate T = Ordered(&Engine, u"x");
