@@ -80,29 +80,26 @@ bool EachBeforeNext(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Orde
 
 // The numeric comparisons first read their arguments as numbers without
 // making values (see EvaluateNumber), each against the first or, when
-// Chained, against the one before it; false, and the general way runs,
-// when some argument is not a number of that kind.
-template <class TPair>
-bool ComparedAsNumbers(const TFunctionCall& FunCall, TTavoContext* Context, bool Chained, TPair Pair, bool& Answer) {
+// Chained, against the one before it; when some argument is not a number
+// of that kind, General answers the general way.
+template <class TPair, class TGeneral>
+bool CompareNumbers(const TFunctionCall& FunCall, TTavoContext* Context, bool Chained, TPair Pair, TGeneral General) {
   TNumber Number;
-  if (!EvaluateNumber(FunCall.GetArgument(0), Context, Number)) return false;
+  if (!EvaluateNumber(FunCall.GetArgument(0), Context, Number)) return General();
   double Anchor = Number.AsDouble();
   bool Result = true;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    if (!EvaluateNumber(FunCall.GetArgument(I), Context, Number)) return false;
+    if (!EvaluateNumber(FunCall.GetArgument(I), Context, Number)) return General();
     const double Current = Number.AsDouble();
     if (Result && !Pair(Anchor, Current)) Result = false;
     if (Chained) Anchor = Current;
   }
-  Answer = Result;
-  return true;
+  return Result;
 }
 
 template <class TOrdered>
 bool EachBeforeNextNumber(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Ordered) {
-  bool Answer;
-  return ComparedAsNumbers(FunCall, Context, true, Ordered, Answer) ? Answer
-                                                                    : EachBeforeNext(FunCall, Context, Ordered);
+  return CompareNumbers(FunCall, Context, true, Ordered, [&] { return EachBeforeNext(FunCall, Context, Ordered); });
 }
 
 bool StrictlyEqual(const ITavoValue& A, const ITavoValue& B) { return A->Equals(B); }
@@ -415,10 +412,8 @@ TAVO_SETUP void TEqualsFunction::InitMetaData() {
 
 void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  bool Answer;
-  if (!ComparedAsNumbers(FunCall, Context, false, [](double A, double B) { return A == B; }, Answer))
-    Answer = AllMatchFirst(FunCall, Context, NumericallyEqual);
-  Result = BooleanValue(Answer);
+  Result = BooleanValue(CompareNumbers(FunCall, Context, false, [](double A, double B) { return A == B; },
+                                      [&] { return AllMatchFirst(FunCall, Context, NumericallyEqual); }));
 }
 
 TAVO_SETUP void TNotEqualsFunction::InitMetaData() {
@@ -429,10 +424,8 @@ TAVO_SETUP void TNotEqualsFunction::InitMetaData() {
 
 void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  bool Answer;
-  if (!ComparedAsNumbers(FunCall, Context, false, [](double A, double B) { return !(A == B); }, Answer))
-    Answer = NoneMatchesFirst(FunCall, Context, NumericallyEqual);
-  Result = BooleanValue(Answer);
+  Result = BooleanValue(CompareNumbers(FunCall, Context, false, [](double A, double B) { return !(A == B); },
+                                      [&] { return NoneMatchesFirst(FunCall, Context, NumericallyEqual); }));
 }
 
 TAVO_SETUP void TGtFunction::InitMetaData() {
