@@ -176,6 +176,15 @@ bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber
   return false;
 }
 
+bool EvaluateTruth(const ITavoValue& Expression, TTavoContext* Context, bool& Result) {
+  const TTavoValue* Value = Expression.Get();
+  if (!Value || !Value->IsPlainClass() || Value->GetDType() != dtFunCall) return false;
+  auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface);
+  if (!Call || !Call->GetUserFunction()) return false;
+  CheckStack(*Call);
+  return Call->GetUserFunction()->CallTruthChecked(*Call, Context, Result);
+}
+
 // TTavoValue
 
 ITavoValue TTavoValue::Resolve(TObject* Context) {

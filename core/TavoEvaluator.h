@@ -22,6 +22,10 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
 // reads them.
 bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber& Result);
 
+// The truth of a call whose function answers by CallTruth, the same way:
+// false when it cannot be had so, and the caller evaluates Expression.
+bool EvaluateTruth(const ITavoValue& Expression, TTavoContext* Context, bool& Result);
+
 // Expression evaluated into Result, which must not hold the expression.
 inline void EvaluateInto(const ITavoValue& Expression, TTavoContext* Context, ITavoValue& Result) {
   const ITavoValue& Value = Evaluate(Expression, Context, Result);

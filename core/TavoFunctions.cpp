@@ -102,6 +102,8 @@ void TTavoUserFunction::Call(TFunctionCall&, TTavoContext*, ITavoValue& Result) 
 
 bool TTavoUserFunction::CallNumeric(const TFunctionCall&, TTavoContext*, TNumber&) { return false; }
 
+bool TTavoUserFunction::CallTruth(const TFunctionCall&, TTavoContext*, bool&) { return false; }
+
 void TTavoUserFunction::Assign(const TPersistent* Source) {
   auto* Function = dynamic_cast<const TTavoUserFunction*>(Source);
   if (!Function) {

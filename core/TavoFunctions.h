@@ -109,6 +109,13 @@ class TTavoUserFunction : public TCounted<TPersistent> {
   // The entry checks the argument counts; the default answers false.
   bool CallNumericChecked(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result);
   virtual bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result);
+  // The truth of a predicate worked out the same way, without making a
+  // value and without raising: true when Result holds it, which is then
+  // what Call would give (anything but FALSE reading as true). False when
+  // some argument cannot be read so; the default answers false. Only
+  // functions without side effects answer here.
+  bool CallTruthChecked(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result);
+  virtual bool CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result);
 
   void Assign(const TPersistent* Source) override;
   using TPersistent::ToString;
@@ -228,6 +235,11 @@ inline bool TTavoUserFunction::CallNumericChecked(const TFunctionCall& FunCall, 
                                                   TNumber& Result) {
   const int Count = FunCall.GetArgumentCount();
   return Count >= FMinArgumentCount && Count <= FMaxArgumentCount && CallNumeric(FunCall, Context, Result);
+}
+
+inline bool TTavoUserFunction::CallTruthChecked(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  const int Count = FunCall.GetArgumentCount();
+  return Count >= FMinArgumentCount && Count <= FMaxArgumentCount && CallTruth(FunCall, Context, Result);
 }
 
 // A function written in the rule language.

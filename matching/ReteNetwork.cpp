@@ -35,6 +35,24 @@ int TokenIndexOf(TRule* Rule, int Index) {
   return Index - Tests;
 }
 
+// Whether a compiled call reads nothing but literals and the facts of a
+// token, through binding coordinates: no variable, whose value may change
+// between two readings. Deepest rises to the latest fact read.
+bool ReadsOnlyFacts(const IFunCall& Call, int& Deepest) {
+  for (int I = 0; I < Call->GetArgumentCount(); ++I) {
+    const ITavoValue& Argument = Call->GetArgument(I);
+    if (!Argument) continue;
+    if (Argument->HoldsBindingInfo()) {
+      Deepest = std::max(Deepest, static_cast<TBindingInfo*>(Argument->GetAsObject())->GetFactIndex());
+    } else if (Argument->GetDType() == dtFunCall) {
+      if (!ReadsOnlyFacts(Argument->GetAsFunCall(), Deepest)) return false;
+    } else if (Argument->GetDType() == dtVariable || Argument->GetDType() == dtMultiVariable) {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 TReteNetwork::TReteNetwork(TComponent* Owner)
@@ -363,6 +381,8 @@ void TReteNetwork::ProcessSecondPass(TRule* Rule, std::vector<TReteNode*>& Lasts
 void TReteNetwork::ProcessThirdPass(TRule* Rule, std::vector<TReteNode*>& Lasts) {
   int Tests = 0;
   std::vector<String> Names;
+  std::vector<TReteNode*> NodeOf(size_t(Rule->GetPatternCount()), nullptr);
+  std::vector<int> TokenIndexOf(size_t(Rule->GetPatternCount()), 0);
   for (int I = 1; I < Rule->GetPatternCount(); ++I) {
     TTavoPattern* Pattern = Rule->GetPattern(I);
     bool IsTest = Pattern->GetName() == STestPatternName;
@@ -454,6 +474,40 @@ void TReteNetwork::ProcessThirdPass(TRule* Rule, std::vector<TReteNode*>& Lasts)
     }
     Lasts[size_t(I - 1)] = Node;
     Lasts[size_t(I)] = Node;
+    NodeOf[size_t(I)] = Node;
+    TokenIndexOf[size_t(I)] = TokenIndex;
+    if (IsTest) GuardNegations(Rule, I, static_cast<TTestNode*>(Node), NodeOf, TokenIndexOf);
+  }
+}
+
+void TReteNetwork::GuardNegations(TRule* Rule, int Index, TTestNode* Test, const std::vector<TReteNode*>& NodeOf,
+                                  const std::vector<int>& TokenIndexOf) {
+  int Deepest = -1;
+  for (int T = 0; T < Test->GetTestCount(); ++T) {
+    auto* Each = dynamic_cast<TTavoPatternMatchTest*>(Test->GetTest(T));
+    if (!Each || !Each->GetSlotValue() || Each->GetSlotValue()->GetDType() != dtFunCall ||
+        !ReadsOnlyFacts(Each->GetSlotValue()->GetAsFunCall(), Deepest))
+      return;
+  }
+  // Back over plain negations whose tokens already hold every fact the
+  // tests read. A negation passes or withholds each left token by itself
+  // alone, so dropping early a token the test refuses anyway changes
+  // nothing that comes out. An exists is passed over: the output of its
+  // first join blocks every token at its second, so its tokens do not
+  // stand alone.
+  TJoinNode* Guarded = nullptr;
+  for (int K = Index - 1; K >= 1; --K) {
+    TTavoPattern* Pattern = Rule->GetPattern(K);
+    auto* Join = dynamic_cast<TJoinNode*>(NodeOf[size_t(K)]);
+    if (Pattern->GetName() == STestPatternName || Pattern->GetNegatedCount() != 1 || !Join ||
+        !Join->GetNegatedPattern() || Join->GetPattern() || Deepest >= TokenIndexOf[size_t(K)])
+      break;
+    Guarded = Join;
+  }
+  if (!Guarded) return;
+  for (int T = 0; T < Test->GetTestCount(); ++T) {
+    auto* Each = static_cast<TTavoPatternMatchTest*>(Test->GetTest(T));
+    Guarded->AddGuard(Each->GetSlotValue(), Each->GetSlotTestType() == sttNotEquals);
   }
 }
 

@@ -137,6 +137,11 @@ class TReteNetwork : public TGGraph {
   // A node of Class, in this network, with its context.
   TReteNode* MakeNode(const TClass* Class);
   std::vector<TReteNode*>& RuleList(TRule* Rule);
+  // Lets the negations just before the test element at Index check its
+  // tests on arrival (see TJoinNode::AddGuard); NodeOf and TokenIndexOf
+  // give each earlier pattern's last node and position in the token.
+  void GuardNegations(TRule* Rule, int Index, TTestNode* Test, const std::vector<TReteNode*>& NodeOf,
+                      const std::vector<int>& TokenIndexOf);
   void ForgetNodeInRuleLists(TReteNode* Node);
   // The roots a fact of Template can pass, in root order.
   const std::vector<TReteNode*>& RootsFor(TFactTemplate* Template);

@@ -429,6 +429,23 @@ void TJoinNode::PrepareShortCut() {
   FRightMemory->SetMatchSlots(FRightMatch);
 }
 
+void TJoinNode::AddGuard(const ITavoValue& Call, bool Negated) { FGuards.push_back(TGuard{Call, Negated}); }
+
+bool TJoinNode::GuardRefuses(const IReteToken& Token) {
+  TTestScope Scope(GetContext(), Token.Get(), nullptr);
+  for (const TGuard& Guard : FGuards) {
+    bool Truth;
+    try {
+      if (!EvaluateTruth(Guard.Call, GetContext(), Truth)) continue;
+    } catch (const std::exception&) {
+      // The test element raises it in its turn, where the rule meets it.
+      continue;
+    }
+    if (Truth == Guard.Negated) return true;
+  }
+  return false;
+}
+
 void TJoinNode::ClearMemory() {
   if (FLeftMemory)
     FLeftMemory->Clear();
@@ -535,6 +552,9 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
   // so its left memory keeps a copy whose count starts from nothing.
   switch (CallType) {
     case ctLeft:
+      // A token that a test further down surely refuses never got here;
+      // its removal finds nothing either.
+      if (!FGuards.empty() && GuardRefuses(Token)) break;
       if (Tag == taRemove) {
         if (IReteToken Held = FLeftMemory->Take(Token)) RunTestsVaryRight(Token, Held);
       } else if (IReteToken Held = FNegatedPattern ? Make<TTavoToken>(Token) : Token; FLeftMemory->Add(Held)) {

@@ -216,6 +216,17 @@ class TJoinNode : public TTestNode {
                const String& RightName, int RightSubIndex);
   // Keys both memories by the first equality of slots, if there is one.
   void PrepareShortCut();
+  // A check of a test element further down the rule, which every token
+  // that passes this join from the left meets there and no other node
+  // sees between: Call must read nothing but the token's facts and call
+  // only functions without side effects. A token arriving from the left
+  // that the check surely refuses (its truth by EvaluateTruth is FALSE, or
+  // TRUE when Negated) is dropped on arrival, so that it neither enters
+  // this memory nor runs this join's tests; when the truth cannot be had
+  // that way the token goes on, and the test element decides in its turn.
+  // Checks are fixed when the rule is compiled.
+  void AddGuard(const ITavoValue& Call, bool Negated);
+  int GetGuardCount() const { return int(FGuards.size()); }
   void ClearMemory();
   bool Equals(const TTestNode* Node) const override;
 
@@ -242,6 +253,8 @@ class TJoinNode : public TTestNode {
   // context holds the left token and right fact when a test needs them.
   bool PairPasses(const TTavoToken& Left, TFact& Right);
   IReteToken Join(const IReteToken& Left, const IFact& Right, float Strength);
+  // Whether a check of AddGuard surely refuses Token.
+  bool GuardRefuses(const IReteToken& Token);
 
   bool FNegatedPattern = false;
   std::unique_ptr<TTavoTokenTree> FRightMemory;
@@ -266,6 +279,11 @@ class TJoinNode : public TTestNode {
   std::vector<TBindingInfo> FRightMatch;
   // Tests other than join tests need the context's token and fact.
   bool FNeedsContext = false;
+  struct TGuard {
+    ITavoValue Call;
+    bool Negated;
+  };
+  std::vector<TGuard> FGuards;
 };
 
 class TPatternMatchTerminalNode : public TReteNode {

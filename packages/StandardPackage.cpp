@@ -78,28 +78,58 @@ bool EachBeforeNext(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Orde
   return Result;
 }
 
-// The numeric comparisons first read their arguments as numbers without
-// making values (see EvaluateNumber), each against the first or, when
-// Chained, against the one before it; when some argument is not a number
-// of that kind, General answers the general way.
-template <class TPair, class TGeneral>
-bool CompareNumbers(const TFunctionCall& FunCall, TTavoContext* Context, bool Chained, TPair Pair, TGeneral General) {
+// Reads every argument as a number without making a value (see
+// EvaluateNumber) and compares each against the first or, when Chained,
+// against the one before it: false when some argument is not a number of
+// that kind.
+template <class TPair>
+bool NumbersCompare(const TFunctionCall& FunCall, TTavoContext* Context, bool Chained, TPair Pair, bool& Result) {
   TNumber Number;
-  if (!EvaluateNumber(FunCall.GetArgument(0), Context, Number)) return General();
+  if (!EvaluateNumber(FunCall.GetArgument(0), Context, Number)) return false;
   double Anchor = Number.AsDouble();
-  bool Result = true;
+  Result = true;
   for (int I = 1; I < FunCall.GetArgumentCount(); ++I) {
-    if (!EvaluateNumber(FunCall.GetArgument(I), Context, Number)) return General();
+    if (!EvaluateNumber(FunCall.GetArgument(I), Context, Number)) return false;
     const double Current = Number.AsDouble();
     if (Result && !Pair(Anchor, Current)) Result = false;
     if (Chained) Anchor = Current;
   }
-  return Result;
+  return true;
+}
+
+// The numeric comparisons read their arguments as numbers first; when some
+// argument is not a number of that kind, General answers the general way.
+template <class TPair, class TGeneral>
+bool CompareNumbers(const TFunctionCall& FunCall, TTavoContext* Context, bool Chained, TPair Pair, TGeneral General) {
+  bool Result;
+  return NumbersCompare(FunCall, Context, Chained, Pair, Result) ? Result : General();
 }
 
 template <class TOrdered>
 bool EachBeforeNextNumber(TFunctionCall& FunCall, TTavoContext* Context, TOrdered Ordered) {
   return CompareNumbers(FunCall, Context, true, Ordered, [&] { return EachBeforeNext(FunCall, Context, Ordered); });
+}
+
+bool NumberEqual(double A, double B) { return A == B; }
+bool NumberUnequal(double A, double B) { return !(A == B); }
+bool Greater(double A, double B) { return A > B; }
+bool GreaterOrEqual(double A, double B) { return A >= B; }
+bool Less(double A, double B) { return A < B; }
+bool LessOrEqual(double A, double B) { return A <= B; }
+
+// and and or by the truth of each argument in turn, up to the first that
+// settles the answer (Settling), as the general way evaluates them.
+bool TruthOfEach(const TFunctionCall& FunCall, TTavoContext* Context, bool Settling, bool& Result) {
+  for (int I = 0; I < FunCall.GetArgumentCount(); ++I) {
+    bool Each;
+    if (!EvaluateTruth(FunCall.GetArgument(I), Context, Each)) return false;
+    if (Each == Settling) {
+      Result = Settling;
+      return true;
+    }
+  }
+  Result = !Settling;
+  return true;
 }
 
 bool StrictlyEqual(const ITavoValue& A, const ITavoValue& B) { return A->Equals(B); }
@@ -339,6 +369,10 @@ void TAndFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = FCTrue;
 }
 
+bool TAndFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return TruthOfEach(FunCall, Context, false, Result);
+}
+
 TAVO_SETUP void TOrFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"or",
@@ -357,6 +391,10 @@ void TOrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue
   Result = FCFalse;
 }
 
+bool TOrFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return TruthOfEach(FunCall, Context, true, Result);
+}
+
 TAVO_SETUP void TNotFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
   SetMetaData(u"not", u"Returns TRUE if the argument is FALSE, and FALSE otherwise", u"<expression>", 1, 1);
@@ -365,6 +403,12 @@ TAVO_SETUP void TNotFunction::InitMetaData() {
 void TNotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
   Result = BooleanValue(IsFalse(FunCall.Argument(0, Context).Get()));
+}
+
+bool TNotFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  if (!EvaluateTruth(FunCall.GetArgument(0), Context, Result)) return false;
+  Result = !Result;
+  return true;
 }
 
 // Equality and order
@@ -412,8 +456,12 @@ TAVO_SETUP void TEqualsFunction::InitMetaData() {
 
 void TEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(CompareNumbers(FunCall, Context, false, [](double A, double B) { return A == B; },
+  Result = BooleanValue(CompareNumbers(FunCall, Context, false, NumberEqual,
                                       [&] { return AllMatchFirst(FunCall, Context, NumericallyEqual); }));
+}
+
+bool TEqualsFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return NumbersCompare(FunCall, Context, false, NumberEqual, Result);
 }
 
 TAVO_SETUP void TNotEqualsFunction::InitMetaData() {
@@ -424,8 +472,12 @@ TAVO_SETUP void TNotEqualsFunction::InitMetaData() {
 
 void TNotEqualsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(CompareNumbers(FunCall, Context, false, [](double A, double B) { return !(A == B); },
+  Result = BooleanValue(CompareNumbers(FunCall, Context, false, NumberUnequal,
                                       [&] { return NoneMatchesFirst(FunCall, Context, NumericallyEqual); }));
+}
+
+bool TNotEqualsFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return NumbersCompare(FunCall, Context, false, NumberUnequal, Result);
 }
 
 TAVO_SETUP void TGtFunction::InitMetaData() {
@@ -436,7 +488,11 @@ TAVO_SETUP void TGtFunction::InitMetaData() {
 
 void TGtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A > B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, Greater));
+}
+
+bool TGtFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return NumbersCompare(FunCall, Context, true, Greater, Result);
 }
 
 TAVO_SETUP void TGtOrEqFunction::InitMetaData() {
@@ -447,7 +503,11 @@ TAVO_SETUP void TGtOrEqFunction::InitMetaData() {
 
 void TGtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A >= B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, GreaterOrEqual));
+}
+
+bool TGtOrEqFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return NumbersCompare(FunCall, Context, true, GreaterOrEqual, Result);
 }
 
 TAVO_SETUP void TLtFunction::InitMetaData() {
@@ -458,7 +518,11 @@ TAVO_SETUP void TLtFunction::InitMetaData() {
 
 void TLtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A < B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, Less));
+}
+
+bool TLtFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return NumbersCompare(FunCall, Context, true, Less, Result);
 }
 
 TAVO_SETUP void TLtOrEqFunction::InitMetaData() {
@@ -469,7 +533,11 @@ TAVO_SETUP void TLtOrEqFunction::InitMetaData() {
 
 void TLtOrEqFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
   TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, [](double A, double B) { return A <= B; }));
+  Result = BooleanValue(EachBeforeNextNumber(FunCall, Context, LessOrEqual));
+}
+
+bool TLtOrEqFunction::CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) {
+  return NumbersCompare(FunCall, Context, true, LessOrEqual, Result);
 }
 
 // __get-var

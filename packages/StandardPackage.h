@@ -25,6 +25,17 @@ class EExit : public EAbort {
     using TTavoUserFunction::Call;                                                    \
   };
 
+// A predicate that also answers by CallTruth.
+#define TAVO_PREDICATE_FUNCTION(ClassName)                                            \
+  class ClassName : public TTavoUserFunction {                                        \
+    TAVO_CLASS(ClassName, TTavoUserFunction)                                          \
+   public:                                                                            \
+    void InitMetaData() override;                                                     \
+    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+    bool CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) override; \
+    using TTavoUserFunction::Call;                                                    \
+  };
+
 // Control.
 TAVO_STANDARD_FUNCTION(TIfFunction)
 TAVO_STANDARD_FUNCTION(TWhileFunction)
@@ -35,18 +46,18 @@ TAVO_STANDARD_FUNCTION(TReturnFunction)
 TAVO_STANDARD_FUNCTION(TBindFunction)
 
 // Logic and comparison.
-TAVO_STANDARD_FUNCTION(TAndFunction)
-TAVO_STANDARD_FUNCTION(TOrFunction)
-TAVO_STANDARD_FUNCTION(TNotFunction)
+TAVO_PREDICATE_FUNCTION(TAndFunction)
+TAVO_PREDICATE_FUNCTION(TOrFunction)
+TAVO_PREDICATE_FUNCTION(TNotFunction)
 TAVO_STANDARD_FUNCTION(TEqFunction)
 TAVO_STANDARD_FUNCTION(TEqStarFunction)
 TAVO_STANDARD_FUNCTION(TNeqFunction)
-TAVO_STANDARD_FUNCTION(TEqualsFunction)
-TAVO_STANDARD_FUNCTION(TNotEqualsFunction)
-TAVO_STANDARD_FUNCTION(TGtFunction)
-TAVO_STANDARD_FUNCTION(TGtOrEqFunction)
-TAVO_STANDARD_FUNCTION(TLtFunction)
-TAVO_STANDARD_FUNCTION(TLtOrEqFunction)
+TAVO_PREDICATE_FUNCTION(TEqualsFunction)
+TAVO_PREDICATE_FUNCTION(TNotEqualsFunction)
+TAVO_PREDICATE_FUNCTION(TGtFunction)
+TAVO_PREDICATE_FUNCTION(TGtOrEqFunction)
+TAVO_PREDICATE_FUNCTION(TLtFunction)
+TAVO_PREDICATE_FUNCTION(TLtOrEqFunction)
 
 // Variables, symbols and storage.
 TAVO_STANDARD_FUNCTION(TExtractGlobalFunction)

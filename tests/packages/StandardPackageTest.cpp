@@ -4,7 +4,9 @@
 
 #include <vector>
 
+#include "core/TavoEvaluator.h"
 #include "engine/InferenceEngine.h"
+#include "packages/MathPackage.h"
 #include "tests/TestSupport.h"
 
 namespace tavo {
@@ -130,6 +132,50 @@ TEST(StandardPackageTest, ComparisonsAndLogicGiveTheSharedBooleans) {
   EXPECT_EQ(F.Run(u"or", {}), FCFalse);
   EXPECT_EQ(F.Run(u"not", {FCFalse}), FCTrue);
   EXPECT_EQ(F.Run(u"not", {FCNil}), FCFalse);
+}
+
+TEST(StandardPackageTest, ATruthWorkedOutWithoutValuesIsTheTruthOfTheCall) {
+  TStandardFixture F;
+  NewComponent<TMathPackage>(&F.Engine);
+  const ITavoValue Text = Str(u"x");
+  const ITavoValue Calls[] = {
+      F.Call(u"=", {Int(1), Flt(1.0)}),
+      F.Call(u"=", {Int(4)}),
+      F.Call(u"<>", {Int(1), Int(2), Flt(1.0)}),
+      F.Call(u">", {Int(3), Int(1), Int(2)}),
+      F.Call(u">=", {Int(2), Flt(2.0), Int(1)}),
+      F.Call(u"<", {Flt(-0.5), F.Call(u"-", {Int(3), Int(4)})}),
+      F.Call(u"<=", {F.Call(u"*", {Int(2), Int(3)}), Int(6)}),
+      F.Call(u"and", {}),
+      F.Call(u"and", {F.Call(u">", {Int(2), Int(1)}), F.Call(u"=", {Int(1), Int(1)})}),
+      F.Call(u"and", {F.Call(u">", {Int(1), Int(2)}), F.Call(u"<", {Text, Int(1)})}),
+      F.Call(u"or", {F.Call(u">", {Int(1), Int(2)}), F.Call(u"<>", {Int(1), Int(1)})}),
+      F.Call(u"or", {F.Call(u">", {Int(2), Int(1)}), F.Call(u"<", {Text, Int(1)})}),
+      F.Call(u"not", {F.Call(u"<>", {Int(1), Int(2)})}),
+  };
+  for (const ITavoValue& Call : Calls) {
+    bool Truth;
+    // A call binds its functions when first evaluated; until then only the
+    // general way can answer.
+    EXPECT_FALSE(EvaluateTruth(Call, &F.Context, Truth)) << StringToUtf8(Call->ToString());
+    const bool General = !F.Run(Call)->Equals(FCFalse);
+    ASSERT_TRUE(EvaluateTruth(Call, &F.Context, Truth)) << StringToUtf8(Call->ToString());
+    EXPECT_EQ(Truth, General) << StringToUtf8(Call->ToString());
+  }
+  // Text, a function without the road, a call not yet settled or an
+  // argument count the function refuses: the caller must evaluate.
+  const ITavoValue Unsettled[] = {
+      F.Call(u"=", {Text, Int(1)}),
+      F.Call(u"eq", {Int(1), Int(1)}),
+      F.Call(u"and", {F.Call(u">", {Int(2), Int(1)}), F.Call(u"<", {Text, Int(1)})}),
+      F.Call(u"not", {FCFalse}),
+      F.Call(u"<", {Int(1)}),
+  };
+  for (const ITavoValue& Call : Unsettled) {
+    bool Truth;
+    FailureOf([&] { F.Run(Call); });
+    EXPECT_FALSE(EvaluateTruth(Call, &F.Context, Truth)) << StringToUtf8(Call->ToString());
+  }
 }
 
 TEST(StandardPackageTest, WatchWordsChangeTheEngineWatchSet) {
