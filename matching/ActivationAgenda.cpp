@@ -131,6 +131,16 @@ TActivationAgenda::TNode* TActivationAgenda::Merge(TNode* Left, TNode* Right) {
 
 const TActivationAgenda::TNode* TActivationAgenda::At(int Index) const {
   const TNode* Node = FRoot;
+  // The ends, which the placing by salience reads for every new entry,
+  // without the sizes of the subtrees passed.
+  if (Node && Index == 0) {
+    while (Node->Left) Node = Node->Left;
+    return Node;
+  }
+  if (Node && Index == Node->Size - 1) {
+    while (Node->Right) Node = Node->Right;
+    return Node;
+  }
   while (Node) {
     int LeftSize = Size(Node->Left);
     if (Index < LeftSize) {
@@ -290,16 +300,15 @@ int SearchSalience(const TActivationAgenda& Agenda, int Salience, TSearchStrateg
     TRule* Rule = Agenda.GetActivations(Index)->GetRule();
     return Rule ? Rule->GetSalience() : 0;
   };
-  const int First = At(0);
-  const int Last = At(Count - 1);
+  // Each end is read only when it decides: a read changes nothing.
   if (Strategy == ssDepthFirst) {
     // Ahead of all equals when the top is one.
-    if (First <= Salience) return 0;
-    if (Last > Salience) return -1;
+    if (At(0) <= Salience) return 0;
+    if (At(Count - 1) > Salience) return -1;
   } else {
     // Behind all equals when the end is one.
-    if (Last >= Salience) return -1;
-    if (First < Salience) return 0;
+    if (At(Count - 1) >= Salience) return -1;
+    if (At(0) < Salience) return 0;
   }
   int Low = 0, High = Count - 1;
   while (Low <= High) {

@@ -282,8 +282,8 @@ TTavoTokenTree::TEntry* TTavoTokenTree::FindEqual(const TTavoToken& Token, int32
     return nullptr;
   }
   // An equal token has the same key and match hash: its chain holds it.
-  const TChain* Chain = FChains.Find(KeyPair(Key, Match));
-  for (TEntry* Entry = Chain ? Chain->First : nullptr; Entry; Entry = Entry->ChainNext, ++Steps)
+  TEntry* const* First = FChains.Find(ChainKey(Key, Match));
+  for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->ChainNext, ++Steps)
     if (Entry->ChainHash == Token.GetChainHash() && Entry->Token->Equals(&Token)) return Entry;
   return nullptr;
 }
@@ -318,13 +318,15 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   if (Bucket->Count++ == 0) FFilled[size_t(Index) >> 6] |= uint64_t(1) << (Index & 63);
   if (KeysChained()) {
     bool Added;
-    TChain& Chain = FChains.FindOrAdd(KeyPair(Key, Match), Added);
+    TEntry*& First = FChains.FindOrAdd(ChainKey(Key, Match), Added);
     if (Added) {
-      Chain = TChain{Entry, Entry};
+      First = Entry;
+      Entry->ChainPrev = Entry;
     } else {
-      Entry->ChainPrev = Chain.Last;
-      Chain.Last->ChainNext = Entry;
-      Chain.Last = Entry;
+      TEntry* Last = First->ChainPrev;
+      Entry->ChainPrev = Last;
+      Last->ChainNext = Entry;
+      First->ChainPrev = Entry;
     }
   }
   if (FIndexed) {
@@ -361,27 +363,18 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   if (KeysChained()) {
     int32_t Slot;
     if (Entry) {
-      Slot = FChains.Locate(KeyPair(Entry->Key, Entry->Match));
+      Slot = FChains.Locate(ChainKey(Entry->Key, Entry->Match));
     } else {
       // An equal token has the same key and match hash: its chain holds it.
       int32_t Match;
       MatchOrNone(Sought, Match);
-      Slot = FChains.Locate(KeyPair(KeyOf(Sought), Match));
+      Slot = FChains.Locate(ChainKey(KeyOf(Sought), Match));
       if (Slot < 0) return nullptr;
-      for (Entry = FChains.ValueAt(Slot).First; Entry; Entry = Entry->ChainNext)
+      for (Entry = FChains.ValueAt(Slot); Entry; Entry = Entry->ChainNext)
         if (Entry->ChainHash == Hash && Entry->Token->TTavoToken::Equals(&Sought)) break;
       if (!Entry) return nullptr;
     }
-    TChain& Chain = FChains.ValueAt(Slot);
-    if (Entry->ChainPrev)
-      Entry->ChainPrev->ChainNext = Entry->ChainNext;
-    else
-      Chain.First = Entry->ChainNext;
-    if (Entry->ChainNext)
-      Entry->ChainNext->ChainPrev = Entry->ChainPrev;
-    else
-      Chain.Last = Entry->ChainPrev;
-    if (!Chain.First) FChains.RemoveLocated(Slot);
+    Unchain(Entry, Slot);
   }
   int Index = BucketOf(Entry->Key);
   TBucket& Bucket = *FBuckets[size_t(Index)];
@@ -392,6 +385,21 @@ IReteToken TTavoTokenTree::Take(const IReteToken& Token) {
   IReteToken Held = std::move(Entry->Token);
   delete Entry;
   return Held;
+}
+
+void TTavoTokenTree::Unchain(TEntry* Entry, int32_t Slot) {
+  TEntry*& First = FChains.ValueAt(Slot);
+  if (Entry == First) {
+    if (!Entry->ChainNext) {
+      FChains.RemoveLocated(Slot);
+      return;
+    }
+    Entry->ChainNext->ChainPrev = Entry->ChainPrev;
+    First = Entry->ChainNext;
+    return;
+  }
+  Entry->ChainPrev->ChainNext = Entry->ChainNext;
+  (Entry->ChainNext ? Entry->ChainNext->ChainPrev : First->ChainPrev) = Entry->ChainPrev;
 }
 
 void TTavoTokenTree::IndexAll() {

@@ -138,8 +138,8 @@ class TTavoTokenTree : public TPersistent {
     TEntry* Next = nullptr;
     // The next entry of the same hash of facts.
     TEntry* NextSame = nullptr;
-    // The entries of the same key and match hash, oldest first, in a tree
-    // that KeysChained.
+    // The entries of the same chain, oldest first, in a tree that
+    // KeysChained; the first entry's ChainPrev is the last one.
     TEntry* ChainPrev = nullptr;
     TEntry* ChainNext = nullptr;
 
@@ -171,14 +171,26 @@ class TTavoTokenTree : public TPersistent {
 
   // The key of a token before it is reduced to a bucket.
   int32_t KeyOf(const TTavoToken& Token) const;
-  // The oldest entry of that key and match hash, followed through
-  // ChainNext; for a tree that KeysChained.
-  TEntry* FirstOfKey(int32_t Key, int32_t Match) const {
-    const TChain* Chain = FChains.Find(KeyPair(Key, Match));
-    return Chain ? Chain->First : nullptr;
+  // Calls Visit on each entry of that key and match hash, oldest first,
+  // until Visit gives false; for a tree that KeysChained.
+  template <class TVisit>
+  void ForEachOfKey(int32_t Key, int32_t Match, TVisit&& Visit) const {
+    TEntry* const* First = FChains.Find(ChainKey(Key, Match));
+    // A chain may also hold entries of another key and match whose pair
+    // mixes to the same value.
+    for (TEntry* Entry = First ? *First : nullptr; Entry; Entry = Entry->ChainNext)
+      if (Entry->Key == Key && Entry->Match == Match && !Visit(Entry)) return;
   }
   // Whether entries are chained by key (a tree keyed by a slot value).
   bool KeysChained() const { return !FUseHashCode && !GetFactIndex().empty(); }
+  // A key and a match hash mixed into the key of their chain. Pairs that
+  // mix alike share a chain: a walk passes over the other pair's entries
+  // by their keys, and a search by equality never finds them equal. The
+  // table's entries are half the size they would be with both keys whole,
+  // and a tree of thousands of tokens holds a chain for nearly each.
+  static int32_t ChainKey(int32_t Key, int32_t Match) {
+    return int32_t(uint32_t(Key) * 0x9E3779B1u ^ uint32_t(Match));
+  }
   // Slots beside the key's whose equality the join also tests, each read
   // from the fact at its fact index: every stored token carries the hash of
   // their values, so that a keyed scan passes over a token that differs in
@@ -206,8 +218,7 @@ class TTavoTokenTree : public TPersistent {
     int32_t Match = 0;
     const bool ByMatch = HasMatchSlots() && FMatchUsable && MatchOf(Probe, ProbeSlots, Match);
     if (KeysChained() && (ByMatch || !HasMatchSlots())) {
-      for (TEntry* Entry = FirstOfKey(Key, Match); Entry; Entry = Entry->ChainNext)
-        if (!Visit(Entry->Token)) return;
+      ForEachOfKey(Key, Match, [&](const TEntry* Entry) { return Visit(Entry->Token); });
       return;
     }
     const TBucket* Bucket = FBuckets[size_t(BucketOf(Key))].get();
@@ -269,15 +280,12 @@ class TTavoTokenTree : public TPersistent {
   // One bit a bucket that holds a token, so that a full scan passes over
   // empty buckets without touching them.
   std::vector<uint64_t> FFilled;
-  struct TChain {
-    TEntry* First = nullptr;
-    TEntry* Last = nullptr;
-  };
-  static int64_t KeyPair(int32_t Key, int32_t Match) { return int64_t(uint64_t(uint32_t(Key)) << 32 | uint32_t(Match)); }
+  // Unlinks Entry from its chain, whose first entry FChains holds at Slot.
+  void Unchain(TEntry* Entry, int32_t Slot);
   // The first entry of each hash of facts held, while FIndexed.
   TMekDictionary<uint32_t, TEntry*> FIndex;
-  // The entries of each key and match hash, when KeysChained.
-  TMekDictionary<int64_t, TChain> FChains;
+  // The first entry of each chain, when KeysChained.
+  TMekDictionary<int32_t, TEntry*> FChains;
   bool FAllowNilBucket = true;
   bool FEmpty = false;
   int FLowIndex;

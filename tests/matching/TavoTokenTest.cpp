@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <unordered_map>
 #include <vector>
 
 #include "knowledge/TavoFactTemplate.h"
@@ -130,8 +131,10 @@ TEST_F(TTokenTest, KeyedTreesFindTokensOfOneKeyAtAnyCountInTheOrderTheyCame) {
   }
   EXPECT_FALSE(Tree.Remove(Make<TTavoToken>(taRemove, NewFact(3, u"red"))));
   std::vector<int> Order;
-  for (auto* Entry = Tree.FirstOfKey(Red, 0); Entry; Entry = Entry->ChainNext)
+  Tree.ForEachOfKey(Red, 0, [&](const TTavoTokenTree::TEntry* Entry) {
     Order.push_back(Entry->Token->GetFacts(0)->GetID());
+    return true;
+  });
   std::vector<int> Expected;
   for (int Id = 1; Id <= 30; ++Id)
     if (Id % 3 != 0) Expected.push_back(Id);
@@ -157,8 +160,10 @@ TEST_F(TTokenTest, TakingTheEndsAndMiddlesOfChainsKeepsEveryOtherTokenFindable) 
     const int32_t Red = Atom(u"red")->GetHashCode();
     auto Ids = [&] {
       std::vector<int> Result;
-      for (auto* Entry = Tree.FirstOfKey(Red, 0); Entry; Entry = Entry->ChainNext)
+      Tree.ForEachOfKey(Red, 0, [&](const TTavoTokenTree::TEntry* Entry) {
         Result.push_back(Entry->Token->GetFacts(1)->GetID());
+        return true;
+      });
       return Result;
     };
     auto TakeId = [&](int Id) {
@@ -174,13 +179,68 @@ TEST_F(TTokenTest, TakingTheEndsAndMiddlesOfChainsKeepsEveryOtherTokenFindable) 
       if (Id != 3) Expected.push_back(Id);
     EXPECT_EQ(Ids(), Expected);
     for (auto Id = Expected.rbegin(); Id != Expected.rend(); ++Id) ASSERT_TRUE(TakeId(*Id)) << Count << " " << *Id;
-    EXPECT_EQ(Tree.FirstOfKey(Red, 0), nullptr);
+    EXPECT_TRUE(Ids().empty());
     EXPECT_EQ(Tree.GetTokens(Red)->size(), 0u);
     // The emptied chain starts again.
     ASSERT_TRUE(Tree.Add(Held[1]));
     EXPECT_EQ(Ids(), std::vector<int>{2});
     EXPECT_FALSE(Tree.Add(Make<TTavoToken>(Held[1])));
   }
+}
+
+TEST_F(TTokenTest, PairsOfKeyAndMatchThatShareAChainStayApart) {
+  // A tree keyed by colour that also keeps the hash of the tags.
+  TTavoTokenTree Tree(101, 0, -1, u"colour", false);
+  const std::vector<TBindingInfo> Tags{TBindingInfo(0, u"tags")};
+  Tree.SetMatchSlots(Tags);
+  auto Colour = [](int I) { return u"c" + IntToStr(I); };
+  auto MatchOfTag = [&](int Tag) {
+    int32_t Match = 0;
+    EXPECT_TRUE(TTavoTokenTree::MatchOf(*Make<TTavoToken>(taAdd, NewFact(1, u"x", {Int(Tag)})), Tags, Match));
+    return Match;
+  };
+  // Two pairs of another colour each whose keys mix alike.
+  std::vector<int32_t> Matches;
+  for (int Tag = 0; Tag < 300; ++Tag) Matches.push_back(MatchOfTag(Tag));
+  std::unordered_map<int32_t, std::pair<int, int>> Seen;
+  int ColourA = -1, TagA = -1, ColourB = -1, TagB = -1;
+  for (int C = 0; C < 2000 && ColourA < 0; ++C) {
+    const int32_t Key = Atom(Colour(C).c_str())->GetHashCode();
+    for (int Tag = 0; Tag < 300 && ColourA < 0; ++Tag) {
+      auto [Found, Added] = Seen.try_emplace(TTavoTokenTree::ChainKey(Key, Matches[size_t(Tag)]), C, Tag);
+      if (!Added && Found->second.first != C) {
+        std::tie(ColourA, TagA) = Found->second;
+        std::tie(ColourB, TagB) = std::pair(C, Tag);
+      }
+    }
+  }
+  ASSERT_GE(ColourA, 0) << "no two pairs mix alike";
+  // Odd ids of the first pair, even of the second, interleaved in one chain.
+  std::vector<IReteToken> Held;
+  for (int Id = 1; Id <= 6; ++Id) {
+    const bool First = Id % 2 == 1;
+    Held.push_back(Make<TTavoToken>(
+        taAdd, NewFact(Id, Colour(First ? ColourA : ColourB).c_str(), {Int(First ? TagA : TagB)})));
+    ASSERT_TRUE(Tree.Add(Held.back()));
+  }
+  auto Ids = [&](int C, int Tag) {
+    std::vector<int> Result;
+    Tree.ForEachOfKey(Atom(Colour(C).c_str())->GetHashCode(), Matches[size_t(Tag)], [&](const TTavoTokenTree::TEntry* E) {
+      Result.push_back(E->Token->GetFacts(0)->GetID());
+      return true;
+    });
+    return Result;
+  };
+  EXPECT_EQ(Ids(ColourA, TagA), (std::vector<int>{1, 3, 5}));
+  EXPECT_EQ(Ids(ColourB, TagB), (std::vector<int>{2, 4, 6}));
+  // The chain's first, a middle and its last go.
+  for (int Id : {1, 4, 6}) EXPECT_EQ(Tree.Take(Make<TTavoToken>(Held[size_t(Id - 1)])).Get(), Held[size_t(Id - 1)].Get());
+  EXPECT_EQ(Ids(ColourA, TagA), (std::vector<int>{3, 5}));
+  EXPECT_EQ(Ids(ColourB, TagB), (std::vector<int>{2}));
+  // A token of one pair is never found as one of the other.
+  EXPECT_FALSE(Tree.Add(Make<TTavoToken>(Held[1])));
+  ASSERT_TRUE(Tree.Add(Held[5]));
+  EXPECT_EQ(Ids(ColourB, TagB), (std::vector<int>{2, 6}));
 }
 
 TEST_F(TTokenTest, TokensOfOneParentAndFactDifferOnlyByStrength) {
