@@ -408,6 +408,7 @@ void TJoinNode::PrepareShortCut() {
       FLeftSubIndex = Key->GetLeftSubIndex();
     }
     FShortCut = true;
+    FKeyIsSlot = Key->GetJoinTestType() == tstSlot;
     if (Index != 0) {
       std::swap(FTests[0], FTests[size_t(Index)]);
       std::swap(FJoinTests[0], FJoinTests[size_t(Index)]);
@@ -520,14 +521,16 @@ void TJoinNode::AskForBackChain(const IReteToken& Token) {
   Engine->AddPendingFact(Goal, true);
 }
 
-bool TJoinNode::PairPasses(const TTavoToken& Left, TFact& Right) {
+bool TJoinNode::PairPasses(const TTavoToken& Left, TFact& Right, bool KeyEqual) {
+  // The key's equality is the first test; a memory may know it holds.
+  const size_t First = KeyEqual && FKeyIsSlot ? 1 : 0;
   if (!FNeedsContext) {
-    for (TTavoJoinTest* Test : FJoinTests)
-      if (!Test->Test(Left, Right)) return false;
+    for (size_t I = First; I < FJoinTests.size(); ++I)
+      if (!FJoinTests[I]->Test(Left, Right)) return false;
     return true;
   }
   TTestScope Scope(GetContext(), const_cast<TTavoToken*>(&Left), &Right);
-  for (size_t I = 0; I < FTests.size(); ++I)
+  for (size_t I = First; I < FTests.size(); ++I)
     if (!(FJoinTests[I] ? FJoinTests[I]->Test(Left, Right) : FTests[I]->PerformTest(GetContext()))) return false;
   return true;
 }
@@ -579,10 +582,11 @@ bool TJoinNode::CallNode(const IReteToken& Token, TCallType CallType) {
 // can be passed over by it: a stored token of another key fails the first
 // test, which is the key's equality.
 bool TJoinNode::ProbeKey(TFact* Fact, const TBindingInfo& Slot, int SubIndex, const TTavoTokenTree& Memory,
-                         int32_t& Hash) const {
+                         int32_t& Hash, uint8_t& KeyType) const {
   const ITavoValue& Key = ReadSlot(*Fact, Slot);
   const ITavoValue* Value = SubIndex != -1 ? ListItem(Key, SubIndex) : &Key;
   Hash = (Value && *Value) ? (*Value)->GetHashCode() : 0;
+  KeyType = SubIndex == -1 ? TTavoTokenTree::ExactKeyType(Key) : uint8_t(dtNone);
   return Value && *Value && (*Value)->GetDType() != dtFuzzy && !Memory.GetHasFuzzyKeys();
 }
 
@@ -590,8 +594,8 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token, const IReteToken& Par
   TTokenAction Tag = Token->GetTag();
   bool Adding = Tag == taAdd || Tag == taUpdate;
   // One stored token against the left one; false stops the scan.
-  auto Visit = [&](const IReteToken& Right) {
-    if (!PairPasses(*Token, *Right->GetFact())) return true;
+  auto Visit = [&](const IReteToken& Right, bool KeyEqual) {
+    if (!PairPasses(*Token, *Right->GetFact(), KeyEqual)) return true;
     if (FNegatedPattern) {
       Token->SetNegatedCount(Token->GetNegatedCount() + 1);
       return true;
@@ -604,8 +608,10 @@ void TJoinNode::RunTestsVaryRight(const IReteToken& Token, const IReteToken& Par
   };
   if (!(FRightMemory->GetEmpty() && FNegatedPattern && Tag == taRemove)) {
     int32_t Hash = 0;
-    bool ByKey = FShortCut && ProbeKey(Token->GetFacts(FTokenIndex), FLeftKey, FLeftSubIndex, *FRightMemory, Hash);
-    FRightMemory->ForEachCandidate(ByKey, Hash, *Token, FLeftMatch, Visit);
+    uint8_t KeyType = dtNone;
+    bool ByKey = FShortCut &&
+                 ProbeKey(Token->GetFacts(FTokenIndex), FLeftKey, FLeftSubIndex, *FRightMemory, Hash, KeyType);
+    FRightMemory->ForEachCandidate(ByKey, Hash, KeyType, *Token, FLeftMatch, Visit);
   }
   if (FNegatedPattern && Token->GetNegatedCount() == 0) {
     ++FMatches;
@@ -623,8 +629,8 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
   const IFact& Right = Token->GetFact();
   float Strength = Token->GetStrength();
   // One stored left token against the right fact.
-  auto Visit = [&](const IReteToken& Left) {
-    if (!PairPasses(*Left, *Right)) return true;
+  auto Visit = [&](const IReteToken& Left, bool KeyEqual) {
+    if (!PairPasses(*Left, *Right, KeyEqual)) return true;
     if (!FNegatedPattern) {
       IReteToken Joined = Join(Left, Right, Strength);
       Joined->SetTag(Tag);
@@ -642,8 +648,9 @@ void TJoinNode::RunTestsVaryLeft(const IReteToken& Token) {
     return true;
   };
   int32_t Hash = 0;
-  bool ByKey = FShortCut && ProbeKey(Token->GetFacts(0), FRightKey, FRightSubIndex, *FLeftMemory, Hash);
-  FLeftMemory->ForEachCandidate(ByKey, Hash, *Token, FRightMatch, Visit);
+  uint8_t KeyType = dtNone;
+  bool ByKey = FShortCut && ProbeKey(Token->GetFacts(0), FRightKey, FRightSubIndex, *FLeftMemory, Hash, KeyType);
+  FLeftMemory->ForEachCandidate(ByKey, Hash, KeyType, *Token, FRightMatch, Visit);
 }
 
 String TJoinNode::ToString() const {

@@ -248,10 +248,10 @@ class TJoinNode : public TTestNode {
   void RunTestsVaryRight(const IReteToken& Token, const IReteToken& Parent);
   void RunTestsVaryLeft(const IReteToken& Token);
   bool ProbeKey(TFact* Fact, const TBindingInfo& Slot, int SubIndex, const TTavoTokenTree& Memory,
-                int32_t& Hash) const;
+                int32_t& Hash, uint8_t& KeyType) const;
   // The join tests and the other tests against one candidate pair; the
   // context holds the left token and right fact when a test needs them.
-  bool PairPasses(const TTavoToken& Left, TFact& Right);
+  bool PairPasses(const TTavoToken& Left, TFact& Right, bool KeyEqual);
   IReteToken Join(const IReteToken& Left, const IFact& Right, float Strength);
   // Whether a check of AddGuard surely refuses Token.
   bool GuardRefuses(const IReteToken& Token);
@@ -265,6 +265,9 @@ class TJoinNode : public TTestNode {
   bool FUnique = false;
   int FHashKey = 101;
   bool FShortCut = false;
+  // The key is a plain slot on both sides, whose equality a memory can
+  // vouch for (see TTavoTokenTree::ForEachCandidate).
+  bool FKeyIsSlot = false;
   int FTokenIndex = -1;
   int FRightSubIndex = -1;
   int FLeftSubIndex = -1;

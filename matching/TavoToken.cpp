@@ -185,13 +185,17 @@ TTavoTokenTree::TTavoTokenTree(int Hash, int TokenIndex, int SubIndex, const Str
   FIndexed = !KeysChained();
 }
 
-int32_t TTavoTokenTree::KeyOf(const TTavoToken& Token) const {
+int32_t TTavoTokenTree::KeyOf(const TTavoToken& Token, uint8_t* KeyType) const {
+  if (KeyType) *KeyType = dtNone;
   if (FUseHashCode) return Token.GetSortCode();
   TFact* Fact = Token.GetFacts(FTokenIndex);
   if (!Fact) return 0;
   if (GetFactIndex().empty()) return Fact->GetID();
   const ITavoValue& Value = ReadSlot(*Fact, FSlot);
-  if (FSlot.GetSubIndex() == NoSubIndex) return Value ? Value->GetHashCode() : 0;
+  if (FSlot.GetSubIndex() == NoSubIndex) {
+    if (KeyType) *KeyType = ExactKeyType(Value);
+    return Value ? Value->GetHashCode() : 0;
+  }
   // An item beyond the list hashes as nothing.
   if (!Value || Value->GetDType() != dtList) return 0;
   const IValueVector& Items = Value->GetAsList();
@@ -300,7 +304,8 @@ void TTavoTokenTree::IndexEntry(TEntry* Entry) {
 }
 
 bool TTavoTokenTree::Add(const IReteToken& Token) {
-  int32_t Key = KeyOf(*Token);
+  uint8_t KeyType;
+  int32_t Key = KeyOf(*Token, &KeyType);
   int Index = BucketOf(Key);
   auto& Bucket = FBuckets[size_t(Index)];
   if (!Bucket) Bucket = std::make_unique<TBucket>();
@@ -311,7 +316,7 @@ bool TTavoTokenTree::Add(const IReteToken& Token) {
   int Steps = 0;
   if (!Token->IsFresh() && FindEqual(*Token, Key, Match, Steps)) return false;
   if (!Matched) FMatchUsable = false;
-  auto* Entry = new TEntry{Key, Match, Token->GetChainHash(), Token};
+  auto* Entry = new TEntry{Key, Match, Token->GetChainHash(), KeyType, Token};
   Entry->Prev = Bucket->Last;
   (Bucket->Last ? Bucket->Last->Next : Bucket->First) = Entry;
   Bucket->Last = Entry;

@@ -133,6 +133,9 @@ class TTavoTokenTree : public TPersistent {
     int32_t Match;
     // The token's hash of facts, compared before the token is touched.
     uint32_t ChainHash;
+    // The type of the key's value where the key is that value itself (see
+    // ExactKeyType), else dtNone.
+    uint8_t KeyType;
     IReteToken Token;
     TEntry* Prev = nullptr;
     TEntry* Next = nullptr;
@@ -169,8 +172,17 @@ class TTavoTokenTree : public TPersistent {
   // The bucket of I; null for one never used while AllowNilBucket holds.
   TBucket* GetTokens(int I);
 
-  // The key of a token before it is reduced to a bucket.
-  int32_t KeyOf(const TTavoToken& Token) const;
+  // The key of a token before it is reduced to a bucket; KeyType, when
+  // given, takes the ExactKeyType of a plain slot's value, else dtNone.
+  int32_t KeyOf(const TTavoToken& Token, uint8_t* KeyType = nullptr) const;
+  // The type of a value whose hash is the value itself, so that two values
+  // of that type with equal hashes are equal: integers, fact ids and
+  // descriptors. dtNone for any other.
+  static uint8_t ExactKeyType(const ITavoValue& Value) {
+    if (!Value) return dtNone;
+    const TTavoType Type = Value->GetDType();
+    return Type == dtInteger || Type == dtFactId || Type == dtDescriptor ? uint8_t(Type) : uint8_t(dtNone);
+  }
   // Calls Visit on each entry of that key and match hash, oldest first,
   // until Visit gives false; for a tree that KeysChained.
   template <class TVisit>
@@ -202,28 +214,31 @@ class TTavoTokenTree : public TPersistent {
   // The hash of the values of Slots in Token; false when one is missing or
   // fuzzy, since a fuzzy value may equal values of other hashes.
   static bool MatchOf(const TTavoToken& Token, const std::vector<TBindingInfo>& Slots, int32_t& Match);
-  // Calls Visit on each stored token that may join Probe, in the bucket's
-  // order, until Visit gives false. With ByKey only the tokens of Key are
-  // visited, and of the match hash of ProbeSlots in Probe where every
-  // stored token has one; without, every token from the lowest bucket up.
+  // Calls Visit(token, same key) on each stored token that may join
+  // Probe, in the bucket's order, until Visit gives false. With ByKey only
+  // the tokens of Key are visited, and of the match hash of ProbeSlots in
+  // Probe where every stored token has one; without, every token from the
+  // lowest bucket up. Same key is true where the stored key is surely the
+  // probe's value: both of KeyType (not dtNone) and of equal keys.
   template <class TVisit>
-  void ForEachCandidate(bool ByKey, int32_t Key, const TTavoToken& Probe, const std::vector<TBindingInfo>& ProbeSlots,
-                        TVisit&& Visit) const {
+  void ForEachCandidate(bool ByKey, int32_t Key, uint8_t KeyType, const TTavoToken& Probe,
+                        const std::vector<TBindingInfo>& ProbeSlots, TVisit&& Visit) const {
     if (!ByKey) {
       for (int B = NextFilled(0); B >= 0; B = NextFilled(B + 1))
         for (TEntry* Entry = BucketAt(B).First; Entry; Entry = Entry->Next)
-          if (!Visit(Entry->Token)) return;
+          if (!Visit(Entry->Token, false)) return;
       return;
     }
+    auto Same = [KeyType](const TEntry* Entry) { return KeyType != dtNone && Entry->KeyType == KeyType; };
     int32_t Match = 0;
     const bool ByMatch = HasMatchSlots() && FMatchUsable && MatchOf(Probe, ProbeSlots, Match);
     if (KeysChained() && (ByMatch || !HasMatchSlots())) {
-      ForEachOfKey(Key, Match, [&](const TEntry* Entry) { return Visit(Entry->Token); });
+      ForEachOfKey(Key, Match, [&](const TEntry* Entry) { return Visit(Entry->Token, Same(Entry)); });
       return;
     }
     const TBucket* Bucket = FBuckets[size_t(BucketOf(Key))].get();
     for (TEntry* Entry = Bucket ? Bucket->First : nullptr; Entry; Entry = Entry->Next)
-      if (Entry->Key == Key && (!ByMatch || Entry->Match == Match) && !Visit(Entry->Token)) return;
+      if (Entry->Key == Key && (!ByMatch || Entry->Match == Match) && !Visit(Entry->Token, Same(Entry))) return;
   }
   // Whether a key of a fuzzy value was ever stored: such a value may equal
   // values of other keys, so keys alone cannot rule a token out.

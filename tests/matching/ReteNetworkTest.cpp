@@ -128,6 +128,28 @@ TEST_F(TReteNetworkTest, RetractingAFactWithdrawsExactlyItsActivations) {
   EXPECT_EQ(Engine.GetAgendaCount(), 1);
 }
 
+TEST_F(TReteNetworkTest, KeysOfEqualHashJoinOnlyWhereTheValuesAreEqual) {
+  // 5, 5.0 and the fact id 5 hash alike; only the integer equals 5, and a
+  // stored key vouches for its value only against a probe of its own type.
+  TRule* Rule = NewRule(u"pair");
+  AddRule(u"pair",
+          {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Pattern(Rule, u"b", {{u"y", Var(u"v")}}),
+           Pattern(Rule, u"c", {{u"w", Var(u"v")}})},
+          Rule);
+  Engine.Assert(u"(a (x 5))");
+  Engine.Assert(u"(a (x 5.0))");
+  Engine.Assert(u"(b (y 5))");
+  Engine.Assert(u"(b (y 5.0))");
+  IFact ById = Engine.FindFactTemplate(u"b")->NewFact();
+  ById->SetValue(u"y", Make<TTavoValue>(5, dtFactId));
+  Engine.Assert(ById);
+  Engine.Assert(u"(c (w 5.0))");
+  Engine.Assert(u"(c (w 5))");
+  EXPECT_EQ(Take(), u"+pair:f-2, f-4, f-6 +pair:f-1, f-3, f-7 ");
+  Engine.Retract(3);
+  EXPECT_EQ(Take(), u"-pair:f-1, f-3, f-7 ");
+}
+
 TEST_F(TReteNetworkTest, NegationWithdrawsAMatchWhenABlockingFactArrives) {
   TRule* Rule = NewRule(u"lonely");
   AddRule(u"lonely", {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Pattern(Rule, u"b", {{u"y", Var(u"v")}}, 1)}, Rule);
