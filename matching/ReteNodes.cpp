@@ -701,7 +701,7 @@ void TPatternMatchTerminalNode::Link(TActivation* Activation) {
   Activation->FNodeSequence = FSequence++;
   Activation->FInNode = true;
   ++FCount;
-  Index(Activation);
+  if (FIndexed) Index(Activation);
 }
 
 void TPatternMatchTerminalNode::Index(TActivation* Activation) {
@@ -736,7 +736,7 @@ void TPatternMatchTerminalNode::Unindex(TActivation* Activation) {
 
 void TPatternMatchTerminalNode::ReplaceActivation(TActivation* Old, TActivation* New) {
   if (!Old->FInNode || Old->GetNode() != this) return;
-  Unindex(Old);
+  if (FIndexed) Unindex(Old);
   New->FNodePrev = Old->FNodePrev;
   New->FNodeNext = Old->FNodeNext;
   (Old->FNodePrev ? Old->FNodePrev->FNodeNext : FFirst) = New;
@@ -745,7 +745,7 @@ void TPatternMatchTerminalNode::ReplaceActivation(TActivation* Old, TActivation*
   New->FInNode = true;
   Old->FNodePrev = Old->FNodeNext = nullptr;
   Old->FInNode = false;
-  Index(New);
+  if (FIndexed) Index(New);
 }
 
 void TPatternMatchTerminalNode::Unlink(TActivation* Activation) {
@@ -754,7 +754,12 @@ void TPatternMatchTerminalNode::Unlink(TActivation* Activation) {
   Activation->FNodePrev = Activation->FNodeNext = nullptr;
   Activation->FInNode = false;
   --FCount;
+  if (!FIndexed) return;
   Unindex(Activation);
+  if (FCount == 0) {
+    FByChain.Clear();
+    FIndexed = false;
+  }
 }
 
 TActivation* TPatternMatchTerminalNode::GetActivation(int Index) const {
@@ -786,6 +791,11 @@ void TPatternMatchTerminalNode::StandDown() {
 }
 
 void TPatternMatchTerminalNode::StandDown(const IReteToken& Token) {
+  if (!FFirst) return;
+  if (!FIndexed) {
+    for (TActivation* Each = FFirst; Each; Each = Each->FNodeNext) Index(Each);
+    FIndexed = true;
+  }
   TActivation* const* Chain = FByChain.Find(Token->GetChainHash());
   TActivation* First = nullptr;
   for (TActivation* Each = Chain ? *Chain : nullptr; Each; Each = Each->FNodeSame)
@@ -804,6 +814,7 @@ void TPatternMatchTerminalNode::FastClearActivations() {
   FFirst = FLast = nullptr;
   FCount = 0;
   FByChain.Clear();
+  FIndexed = false;
 }
 
 String TPatternMatchTerminalNode::ToString() const {

@@ -336,8 +336,11 @@ class TPatternMatchTerminalNode : public TReteNode {
   int FCount = 0;
   uint64_t FSequence = 0;
   // The first activation of each hash of its token's facts, the others
-  // chained through FNodeSame.
+  // chained through FNodeSame. It is built at the first withdrawal by a
+  // token and kept while activations remain: a rule whose matches are only
+  // ever fired or cleared never pays for it.
   TMekDictionary<uint32_t, TActivation*> FByChain;
+  bool FIndexed = false;
   void Index(TActivation* Activation);
   void Unindex(TActivation* Activation);
 };

@@ -150,6 +150,27 @@ TEST_F(TReteNetworkTest, KeysOfEqualHashJoinOnlyWhereTheValuesAreEqual) {
   EXPECT_EQ(Take(), u"-pair:f-1, f-3, f-7 ");
 }
 
+TEST_F(TReteNetworkTest, WithdrawalsFindTheirActivationsAcrossFiringsAndEmptyings) {
+  // A terminal finds a withdrawn match by a table it builds at the first
+  // withdrawal and drops when its last activation goes.
+  TRule* Rule = NewRule(u"pair");
+  AddRule(u"pair", {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Pattern(Rule, u"b", {{u"y", Var(u"v")}})}, Rule);
+  for (int I = 1; I <= 3; ++I) Engine.Assert(u"(a (x " + IntToStr(I) + u"))");
+  for (int I = 1; I <= 3; ++I) Engine.Assert(u"(b (y " + IntToStr(I) + u"))");
+  Take();
+  Engine.Retract(5);
+  EXPECT_EQ(Take(), u"-pair:f-2, f-5 ");
+  Engine.Run();
+  EXPECT_EQ(Engine.GetAgendaCount(), 0);
+  Engine.Assert(u"(b (y 2))");
+  Engine.Assert(u"(b (y 2) (z 1))");
+  EXPECT_EQ(Take(), u"+pair:f-2, f-7 +pair:f-2, f-8 ");
+  Engine.Retract(8);
+  Engine.Retract(2);
+  EXPECT_EQ(Take(), u"-pair:f-2, f-8 -pair:f-2, f-7 ");
+  EXPECT_EQ(Engine.GetAgendaCount(), 0);
+}
+
 TEST_F(TReteNetworkTest, NegationWithdrawsAMatchWhenABlockingFactArrives) {
   TRule* Rule = NewRule(u"lonely");
   AddRule(u"lonely", {Pattern(Rule, u"a", {{u"x", Var(u"v")}}), Pattern(Rule, u"b", {{u"y", Var(u"v")}}, 1)}, Rule);
