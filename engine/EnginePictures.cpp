@@ -291,6 +291,7 @@ std::vector<String> TNetworkPicture::LabelOf(const TReteNode* Node, TNodeKind Ki
       TTestWriter Writer(Holders);
       for (int I = 0; I < Tests->GetTestCount(); ++I) Lines.push_back(Writer.Test(*Tests->GetTest(I)));
       if (Join && Join->GetPattern()) Lines.push_back(u"asks for goals");
+      if (Join && Join->GetGuardCount() > 0) Lines.push_back(u"checks the test below first");
       break;
     }
     case nkRule: {

@@ -162,6 +162,16 @@ TEST(TNetworkPictureTest, NegationsAlternateUpAChainAndVariablesNamedTwoWaysStay
   EXPECT_EQ(Picture.EdgesFrom(Last), (std::vector<String>{Picture.Find(u"label=\"none\"")}));
 }
 
+TEST(TNetworkPictureTest, ANegationThatChecksALaterTestSaysSo) {
+  TInferenceEngine Engine;
+  Engine.Parse(
+      u"(deftemplate person (slot name) (slot age)) (deftemplate pet (slot owner))"
+      u"(defrule old-without-pet (person (name ?n) (age ?a)) (not (pet (owner ?n))) (test (> ?a 70)) =>)");
+  TPicture Picture(Engine.GetNetworkPicture());
+  String Not = Picture.Find(u"label=\"not\\nowner = ?n\\nchecks the test below first\"");
+  EXPECT_EQ(Picture.EdgesFrom(Not), (std::vector<String>{Picture.Find(u"label=\"test\\n(> ?a 70)\"") + u" [label=\"left\"]"}));
+}
+
 TEST(TNetworkPictureTest, AnEmptyNetworkIsAGraphWithoutNodes) {
   TInferenceEngine Engine;
   EXPECT_EQ(Engine.GetNetworkPicture(),
