@@ -110,10 +110,11 @@ class TTavoUserFunction : public TCounted<TPersistent> {
   bool CallNumericChecked(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result);
   virtual bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result);
   // The truth of a predicate worked out the same way, without making a
-  // value and without raising: true when Result holds it, which is then
-  // what Call would give (anything but FALSE reading as true). False when
-  // some argument cannot be read so; the default answers false. Only
-  // functions without side effects answer here.
+  // value: true when Result holds it, which is then what Call would give
+  // (anything but FALSE reading as true). False when some argument cannot
+  // be read so; the default answers false. It raises only what Call would
+  // raise reading the same arguments, and only functions without side
+  // effects answer here.
   bool CallTruthChecked(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result);
   virtual bool CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result);
 
