@@ -38,6 +38,31 @@ inline double TrapFloat(const String& Name, double Result, std::initializer_list
   return TrapFloat(Name, Result, std::span<const double>(Arguments.begin(), Arguments.size()), AtPole);
 }
 
+// Declares a built-in function class of a package (inside namespace tavo):
+// its metadata and its work, defined in the package's source.
+#define TAVO_FUNCTION(ClassName)                                                           \
+  class ClassName : public TTavoUserFunction {                                             \
+    TAVO_CLASS(ClassName, TTavoUserFunction)                                               \
+   public:                                                                                 \
+    void InitMetaData() override;                                                          \
+    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+    using TTavoUserFunction::Call;                                                         \
+  };
+
+// Defines the two of a function class whose work is data and a statement or
+// two: InitMetaData sets the metadata given, and Call, after the inherited
+// Call has cleared Result, runs the statements, which see FunCall, Context
+// and Result.
+#define TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, ArgumentString, Min, Max, ...)         \
+  TAVO_SETUP void ClassName::InitMetaData() {                                               \
+    TTavoUserFunction::InitMetaData();                                                      \
+    SetMetaData(Name, Comment, ArgumentString, Min, Max);                                   \
+  }                                                                                         \
+  void ClassName::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) { \
+    TTavoUserFunction::Call(FunCall, Context, Result);                                      \
+    __VA_ARGS__;                                                                            \
+  }
+
 // Makes a component and runs its after-construction step.
 template <class T, class... A>
 T* NewComponent(A&&... Args) {

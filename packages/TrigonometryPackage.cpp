@@ -47,422 +47,102 @@ double Distance(TDistanceKind Kind, const String& Name, TFunctionCall& FunCall, 
 
 }  // namespace
 
-TAVO_SETUP void TACosFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"acos", u"Returns the inverse cosine, from 0 to pi, of a number from -1 to 1", SNumericArgument, 1, 1);
-}
-
-void TACosFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::acos(X), {X}));
-}
-
-TAVO_SETUP void TACosHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"acosh", u"Returns the inverse hyperbolic cosine of a number of at least 1", SNumericArgument, 1, 1);
-}
-
-void TACosHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::acosh(X), {X}));
-}
-
-TAVO_SETUP void TACotFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"acot", u"Returns the inverse cotangent, atan (1 / x), and pi / 2 at 0", SNumericArgument, 1, 1);
-}
-
-void TACotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X == 0 ? Pi / 2 : std::atan(1 / X), {X}));
-}
-
-TAVO_SETUP void TACotHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"acoth", u"Returns the inverse hyperbolic cotangent, atanh (1 / x), of a number outside -1 to 1",
-              SNumericArgument, 1, 1);
-}
-
-void TACotHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::atanh(1 / X), {X}, X == 1 || X == -1));
-}
-
-TAVO_SETUP void TACscFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"acsc", u"Returns the inverse cosecant, asin (1 / x), of a number outside -1 to 1", SNumericArgument, 1,
-              1);
-}
-
-void TACscFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::asin(1 / X), {X}));
-}
-
-TAVO_SETUP void TACscHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"acsch", u"Returns the inverse hyperbolic cosecant, asinh (1 / x)", SNumericArgument, 1, 1);
-}
-
-void TACscHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::asinh(1 / X), {X}, X == 0));
-}
-
-TAVO_SETUP void TASecFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"asec", u"Returns the inverse secant, acos (1 / x), of a number outside -1 to 1", SNumericArgument, 1,
-              1);
-}
-
-void TASecFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::acos(1 / X), {X}));
-}
-
-TAVO_SETUP void TASecHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"asech", u"Returns the inverse hyperbolic secant, acosh (1 / x), of a number above 0 up to 1",
-              SNumericArgument, 1, 1);
-}
-
-void TASecHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::acosh(1 / X), {X}, X == 0));
-}
-
-TAVO_SETUP void TASinFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"asin", u"Returns the inverse sine, from -pi / 2 to pi / 2, of a number from -1 to 1", SNumericArgument,
-              1, 1);
-}
-
-void TASinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::asin(X), {X}));
-}
-
-TAVO_SETUP void TASinHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"asinh", u"Returns the inverse hyperbolic sine", SNumericArgument, 1, 1);
-}
-
-void TASinHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::asinh(X), {X}));
-}
-
-TAVO_SETUP void TATanFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"atan", u"Returns the arctangent, from -pi / 2 to pi / 2", SNumericArgument, 1, 1);
-}
-
-void TATanFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::atan(X), {X}));
-}
-
-TAVO_SETUP void TATanHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"atanh", u"Returns the inverse hyperbolic tangent of a number between -1 and 1", SNumericArgument, 1, 1);
-}
-
-void TATanHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::atanh(X), {X}, X == 1 || X == -1));
-}
-
-TAVO_SETUP void TCosFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"cos", u"Returns the cosine of an angle in radians", SNumericArgument, 1, 1);
-}
-
-void TCosFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::cos(X), {X}));
-}
-
-TAVO_SETUP void TCosHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"cosh", u"Returns the hyperbolic cosine", SNumericArgument, 1, 1);
-}
-
-void TCosHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::cosh(X), {X}));
-}
-
-TAVO_SETUP void TCotFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"cot", u"Returns the cotangent of an angle in radians, 1 / tan", SNumericArgument, 1, 1);
-}
-
-void TCotFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, 1 / std::tan(X), {X}, std::tan(X) == 0));
-}
-
-TAVO_SETUP void TCotHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"coth", u"Returns the hyperbolic cotangent, 1 / tanh", SNumericArgument, 1, 1);
-}
-
-void TCotHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, 1 / std::tanh(X), {X}, X == 0));
-}
-
-TAVO_SETUP void TCscFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"csc", u"Returns the cosecant of an angle in radians, 1 / sin", SNumericArgument, 1, 1);
-}
-
-void TCscFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, 1 / std::sin(X), {X}, std::sin(X) == 0));
-}
-
-TAVO_SETUP void TCscHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"csch", u"Returns the hyperbolic cosecant, 1 / sinh", SNumericArgument, 1, 1);
-}
-
-void TCscHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, 1 / std::sinh(X), {X}, X == 0));
-}
-
-TAVO_SETUP void TSecFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"sec", u"Returns the secant of an angle in radians, 1 / cos", SNumericArgument, 1, 1);
-}
-
-void TSecFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, 1 / std::cos(X), {X}, std::cos(X) == 0));
-}
-
-TAVO_SETUP void TSecHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"sech", u"Returns the hyperbolic secant, 1 / cosh", SNumericArgument, 1, 1);
-}
-
-void TSecHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, 1 / std::cosh(X), {X}));
-}
-
-TAVO_SETUP void TSinFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"sin", u"Returns the sine of an angle in radians", SNumericArgument, 1, 1);
-}
-
-void TSinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::sin(X), {X}));
-}
-
-TAVO_SETUP void TSinHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"sinh", u"Returns the hyperbolic sine", SNumericArgument, 1, 1);
-}
-
-void TSinHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::sinh(X), {X}));
-}
-
-TAVO_SETUP void TTanFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"tan", u"Returns the tangent of an angle in radians, sin / cos", SNumericArgument, 1, 1);
-}
-
-void TTanFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::tan(X), {X}));
-}
-
-TAVO_SETUP void TTanHFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"tanh", u"Returns the hyperbolic tangent", SNumericArgument, 1, 1);
-}
-
-void TTanHFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, std::tanh(X), {X}));
-}
-
-TAVO_SETUP void TCycleRadFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"cycle-rad", u"Converts cycles to radians: radians = 2 pi * cycles", SNumericArgument, 1, 1);
-}
-
-void TCycleRadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * (2 * Pi), {X}));
-}
-
-TAVO_SETUP void TRadCycleFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"rad-cycle", u"Converts radians to cycles: cycles = radians / (2 pi)", SNumericArgument, 1, 1);
-}
-
-void TRadCycleFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X / (2 * Pi), {X}));
-}
-
-TAVO_SETUP void TDegRadFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"deg-rad", u"Converts degrees to radians: radians = degrees * (pi / 180)", SNumericArgument, 1, 1);
-}
-
-void TDegRadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * (Pi / 180), {X}));
-}
-
-TAVO_SETUP void TRadDegFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"rad-deg", u"Converts radians to degrees: degrees = radians * (180 / pi)", SNumericArgument, 1, 1);
-}
-
-void TRadDegFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * (180 / Pi), {X}));
-}
-
-TAVO_SETUP void TGradRadFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"grad-rad", u"Converts grads to radians: radians = grads * (pi / 200)", SNumericArgument, 1, 1);
-}
-
-void TGradRadFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * (Pi / 200), {X}));
-}
-
-TAVO_SETUP void TRadGradFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"rad-grad", u"Converts radians to grads: grads = radians * (200 / pi)", SNumericArgument, 1, 1);
-}
-
-void TRadGradFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * (200 / Pi), {X}));
-}
-
-TAVO_SETUP void TDegGradFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"deg-grad", u"Converts degrees to grads: grads = degrees * (10 / 9)", SNumericArgument, 1, 1);
-}
-
-void TDegGradFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * 10 / 9, {X}));
-}
-
-TAVO_SETUP void TGradDegFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"grad-deg", u"Converts grads to degrees: degrees = grads * (9 / 10)", SNumericArgument, 1, 1);
-}
-
-void TGradDegFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  Result = FloatValue(TrapFloat(FFunctionName, X * 9 / 10, {X}));
-}
-
-TAVO_SETUP void TATan2Function::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"atan2", u"Returns the arctangent of Y / X, from -pi to pi in the quadrant of the point (X, Y)",
-              SPointArguments, 2, 2);
-}
-
-void TATan2Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  const double Y = NumericArgument(FunCall, 1, Context);
-  // The library takes Y first.
-  Result = FloatValue(TrapFloat(FFunctionName, std::atan2(Y, X), {X, Y}));
-}
-
-TAVO_SETUP void THypotenuseFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"hypotenuse", u"Returns the square root of X squared plus Y squared", SPointArguments, 2, 2);
-}
-
-void THypotenuseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  const double X = NumericArgument(FunCall, 0, Context);
-  const double Y = NumericArgument(FunCall, 1, Context);
-  // Scaled on the way, so that only a hypotenuse beyond the doubles overflows.
-  Result = FloatValue(TrapFloat(FFunctionName, std::hypot(X, Y), {X, Y}));
-}
-
-TAVO_SETUP void TDistanceFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"distance", u"Returns the Euclidean distance of two points given as multifields of coordinates",
-              SMultifieldArguments, 2, 2);
-}
-
-void TDistanceFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(Distance(dkEuclidean, FFunctionName, FunCall, Context));
-}
-
-TAVO_SETUP void TDistanceSqrFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"distance-sqr", u"Returns the square of the Euclidean distance of two points", SMultifieldArguments, 2,
-              2);
-}
-
-void TDistanceSqrFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(Distance(dkSquared, FFunctionName, FunCall, Context));
-}
-
-TAVO_SETUP void TDistanceManhattanFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"distance-manhattan", u"Returns the sum of the absolute differences of the coordinates of two points",
-              SMultifieldArguments, 2, 2);
-}
-
-void TDistanceManhattanFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(Distance(dkManhattan, FFunctionName, FunCall, Context));
-}
+// A function of one number, X: Formula gives the result, and AtPole tells
+// the float unit's traps whether X is a pole of the formula.
+#define TAVO_NUMBER_FUNCTION(ClassName, Name, Comment, Formula, AtPole)       \
+  TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, SNumericArgument, 1, 1,      \
+                       const double X = NumericArgument(FunCall, 0, Context); \
+                       Result = FloatValue(TrapFloat(FFunctionName, Formula, {X}, AtPole)))
+
+// A function of a point, X then Y: Formula gives the result.
+#define TAVO_POINT_FUNCTION(ClassName, Name, Comment, Formula)                \
+  TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, SPointArguments, 2, 2,       \
+                       const double X = NumericArgument(FunCall, 0, Context); \
+                       const double Y = NumericArgument(FunCall, 1, Context); \
+                       Result = FloatValue(TrapFloat(FFunctionName, Formula, {X, Y})))
+
+// The circular and hyperbolic functions, their inverses and reciprocals.
+TAVO_NUMBER_FUNCTION(TACosFunction, u"acos", u"Returns the inverse cosine, from 0 to pi, of a number from -1 to 1",
+                     std::acos(X), false)
+TAVO_NUMBER_FUNCTION(TACosHFunction, u"acosh", u"Returns the inverse hyperbolic cosine of a number of at least 1",
+                     std::acosh(X), false)
+TAVO_NUMBER_FUNCTION(TACotFunction, u"acot", u"Returns the inverse cotangent, atan (1 / x), and pi / 2 at 0",
+                     X == 0 ? Pi / 2 : std::atan(1 / X), false)
+TAVO_NUMBER_FUNCTION(TACotHFunction, u"acoth",
+                     u"Returns the inverse hyperbolic cotangent, atanh (1 / x), of a number outside -1 to 1",
+                     std::atanh(1 / X), X == 1 || X == -1)
+TAVO_NUMBER_FUNCTION(TACscFunction, u"acsc", u"Returns the inverse cosecant, asin (1 / x), of a number outside -1 to 1",
+                     std::asin(1 / X), false)
+TAVO_NUMBER_FUNCTION(TACscHFunction, u"acsch", u"Returns the inverse hyperbolic cosecant, asinh (1 / x)",
+                     std::asinh(1 / X), X == 0)
+TAVO_NUMBER_FUNCTION(TASecFunction, u"asec", u"Returns the inverse secant, acos (1 / x), of a number outside -1 to 1",
+                     std::acos(1 / X), false)
+TAVO_NUMBER_FUNCTION(TASecHFunction, u"asech",
+                     u"Returns the inverse hyperbolic secant, acosh (1 / x), of a number above 0 up to 1",
+                     std::acosh(1 / X), X == 0)
+TAVO_NUMBER_FUNCTION(TASinFunction, u"asin",
+                     u"Returns the inverse sine, from -pi / 2 to pi / 2, of a number from -1 to 1", std::asin(X), false)
+TAVO_NUMBER_FUNCTION(TASinHFunction, u"asinh", u"Returns the inverse hyperbolic sine", std::asinh(X), false)
+TAVO_NUMBER_FUNCTION(TATanFunction, u"atan", u"Returns the arctangent, from -pi / 2 to pi / 2", std::atan(X), false)
+TAVO_NUMBER_FUNCTION(TATanHFunction, u"atanh", u"Returns the inverse hyperbolic tangent of a number between -1 and 1",
+                     std::atanh(X), X == 1 || X == -1)
+TAVO_NUMBER_FUNCTION(TCosFunction, u"cos", u"Returns the cosine of an angle in radians", std::cos(X), false)
+TAVO_NUMBER_FUNCTION(TCosHFunction, u"cosh", u"Returns the hyperbolic cosine", std::cosh(X), false)
+TAVO_NUMBER_FUNCTION(TCotFunction, u"cot", u"Returns the cotangent of an angle in radians, 1 / tan", 1 / std::tan(X),
+                     std::tan(X) == 0)
+TAVO_NUMBER_FUNCTION(TCotHFunction, u"coth", u"Returns the hyperbolic cotangent, 1 / tanh", 1 / std::tanh(X), X == 0)
+TAVO_NUMBER_FUNCTION(TCscFunction, u"csc", u"Returns the cosecant of an angle in radians, 1 / sin", 1 / std::sin(X),
+                     std::sin(X) == 0)
+TAVO_NUMBER_FUNCTION(TCscHFunction, u"csch", u"Returns the hyperbolic cosecant, 1 / sinh", 1 / std::sinh(X), X == 0)
+TAVO_NUMBER_FUNCTION(TSecFunction, u"sec", u"Returns the secant of an angle in radians, 1 / cos", 1 / std::cos(X),
+                     std::cos(X) == 0)
+TAVO_NUMBER_FUNCTION(TSecHFunction, u"sech", u"Returns the hyperbolic secant, 1 / cosh", 1 / std::cosh(X), false)
+TAVO_NUMBER_FUNCTION(TSinFunction, u"sin", u"Returns the sine of an angle in radians", std::sin(X), false)
+TAVO_NUMBER_FUNCTION(TSinHFunction, u"sinh", u"Returns the hyperbolic sine", std::sinh(X), false)
+TAVO_NUMBER_FUNCTION(TTanFunction, u"tan", u"Returns the tangent of an angle in radians, sin / cos", std::tan(X), false)
+TAVO_NUMBER_FUNCTION(TTanHFunction, u"tanh", u"Returns the hyperbolic tangent", std::tanh(X), false)
+
+// The units of angles.
+TAVO_NUMBER_FUNCTION(TCycleRadFunction, u"cycle-rad", u"Converts cycles to radians: radians = 2 pi * cycles",
+                     X * (2 * Pi), false)
+TAVO_NUMBER_FUNCTION(TRadCycleFunction, u"rad-cycle", u"Converts radians to cycles: cycles = radians / (2 pi)",
+                     X / (2 * Pi), false)
+TAVO_NUMBER_FUNCTION(TDegRadFunction, u"deg-rad", u"Converts degrees to radians: radians = degrees * (pi / 180)",
+                     X * (Pi / 180), false)
+TAVO_NUMBER_FUNCTION(TRadDegFunction, u"rad-deg", u"Converts radians to degrees: degrees = radians * (180 / pi)",
+                     X * (180 / Pi), false)
+TAVO_NUMBER_FUNCTION(TGradRadFunction, u"grad-rad", u"Converts grads to radians: radians = grads * (pi / 200)",
+                     X * (Pi / 200), false)
+TAVO_NUMBER_FUNCTION(TRadGradFunction, u"rad-grad", u"Converts radians to grads: grads = radians * (200 / pi)",
+                     X * (200 / Pi), false)
+TAVO_NUMBER_FUNCTION(TDegGradFunction, u"deg-grad", u"Converts degrees to grads: grads = degrees * (10 / 9)",
+                     X * 10 / 9, false)
+TAVO_NUMBER_FUNCTION(TGradDegFunction, u"grad-deg", u"Converts grads to degrees: degrees = grads * (9 / 10)",
+                     X * 9 / 10, false)
+
+// The library takes Y first.
+TAVO_POINT_FUNCTION(TATan2Function, u"atan2",
+                    u"Returns the arctangent of Y / X, from -pi to pi in the quadrant of the point (X, Y)",
+                    std::atan2(Y, X))
+// Scaled on the way, so that only a hypotenuse beyond the doubles overflows.
+TAVO_POINT_FUNCTION(THypotenuseFunction, u"hypotenuse", u"Returns the square root of X squared plus Y squared",
+                    std::hypot(X, Y))
+
+// The distances of two points given as multifields of coordinates.
+TAVO_DEFINE_FUNCTION(TDistanceFunction, u"distance",
+                     u"Returns the Euclidean distance of two points given as multifields of coordinates",
+                     SMultifieldArguments, 2, 2,
+                     Result = FloatValue(Distance(dkEuclidean, FFunctionName, FunCall, Context)))
+TAVO_DEFINE_FUNCTION(TDistanceSqrFunction, u"distance-sqr",
+                     u"Returns the square of the Euclidean distance of two points", SMultifieldArguments, 2, 2,
+                     Result = FloatValue(Distance(dkSquared, FFunctionName, FunCall, Context)))
+TAVO_DEFINE_FUNCTION(TDistanceManhattanFunction, u"distance-manhattan",
+                     u"Returns the sum of the absolute differences of the coordinates of two points",
+                     SMultifieldArguments, 2, 2,
+                     Result = FloatValue(Distance(dkManhattan, FFunctionName, FunCall, Context)))
+
+#undef TAVO_NUMBER_FUNCTION
+#undef TAVO_POINT_FUNCTION
 
 void TTrigonometryPackage::CreateFunctions() {
   TUserPackage::CreateFunctions();
