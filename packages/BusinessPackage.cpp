@@ -319,142 +319,60 @@ std::vector<double> TReader::Next<std::vector<double>>() {
 
 }  // namespace
 
-TAVO_SETUP void TDoubleDecliningBalanceFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"double-declining-balance",
-              u"Returns the depreciation of an asset in a period by twice the straight-line rate on its book value",
-              u" <cost> <salvage> <life> <period>", 4, 4);
+// The number of parameters of a routine.
+template <class... A>
+constexpr int ParameterCount(double (*)(A...)) {
+  return int(sizeof...(A));
 }
 
-void TDoubleDecliningBalanceFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &DoubleDecliningBalance);
-}
+// A function that reads the parameters of Routine from its arguments, in
+// order, and gives the routine's result through the float traps. It takes
+// as many arguments as the routine has parameters, no more and no fewer.
+#define TAVO_ROUTINE_FUNCTION(ClassName, Name, Comment, ArgumentString, Routine)                                     \
+  TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, ArgumentString, ParameterCount(&Routine), ParameterCount(&Routine), \
+                       Result = TReader(FunCall, Context).Apply(FFunctionName, &Routine))
 
-TAVO_SETUP void TFutureValueFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"future-value", u"Returns the future value of an investment of periodic payments at a fixed rate",
-              u" <rate> <num-periods> <payment> <present-value> <payment time>", 5, 5);
-}
+TAVO_ROUTINE_FUNCTION(
+    TDoubleDecliningBalanceFunction, u"double-declining-balance",
+    u"Returns the depreciation of an asset in a period by twice the straight-line rate on its book value",
+    u" <cost> <salvage> <life> <period>", DoubleDecliningBalance)
+TAVO_ROUTINE_FUNCTION(TFutureValueFunction, u"future-value",
+                      u"Returns the future value of an investment of periodic payments at a fixed rate",
+                      u" <rate> <num-periods> <payment> <present-value> <payment time>", FutureValue)
+TAVO_ROUTINE_FUNCTION(TInterestPaymentFunction, u"interest-payment",
+                      u"Returns the interest in one period's payment of a loan",
+                      u" <rate> <period> <num-periods> <present-value> <future-value> <payment time>", InterestPayment)
+TAVO_ROUTINE_FUNCTION(TInterestRateFunction, u"interest-rate",
+                      u"Returns the rate per period at which the payments turn the present value into "
+                      u"the future value",
+                      u" <num-periods> <payment> <present-value> <future-value> <payment time>", InterestRate)
+TAVO_ROUTINE_FUNCTION(TInternalRateOfReturnFunction, u"internal-rate-of-return",
+                      u"Returns the rate at which cash flows, one per period from the first at time 0, are worth 0 now",
+                      u" <guess> <cash-flows multifield>", InternalRateOfReturn)
+TAVO_ROUTINE_FUNCTION(TNetPresentValueFunction, u"net-present-value",
+                      u"Returns the present value of cash flows, one per period, at a discount rate",
+                      u" <rate> <cash-flows multifield> <payment time>", NetPresentValue)
+TAVO_ROUTINE_FUNCTION(
+    TNumberOfPeriodsFunction, u"number-of-periods",
+    u"Returns the number of periods in which the payments turn the present value into the future value",
+    u" <rate> <payment> <present-value> <future-value> <payment time>", NumberOfPeriods)
+TAVO_ROUTINE_FUNCTION(TPaymentFunction, u"payment",
+                      u"Returns the fixed payment per period that turns the present value into the future value",
+                      u" <rate> <num-periods> <present-value> <future-value> <payment time>", Payment)
+TAVO_ROUTINE_FUNCTION(TPeriodPaymentFunction, u"period-payment",
+                      u"Returns the principal in one period's payment of a loan",
+                      u" <rate> <period> <num-periods> <present-value> <future-value> <payment time>", PeriodPayment)
+TAVO_ROUTINE_FUNCTION(TPresentValueFunction, u"present-value",
+                      u"Returns what periodic payments and a future value are worth now at a fixed rate",
+                      u" <rate> <num-periods> <payment> <future-value> <payment time>", PresentValue)
+TAVO_ROUTINE_FUNCTION(TSLNDepreciationFunction, u"sln-depreciation",
+                      u"Returns the straight-line depreciation of an asset in one period", u" <cost> <salvage> <life>",
+                      SLNDepreciation)
+TAVO_ROUTINE_FUNCTION(TSYDDepreciationFunction, u"syd-depreciation",
+                      u"Returns the sum-of-years'-digits depreciation of an asset in a period",
+                      u" <cost> <salvage> <life> <period>", SYDDepreciation)
 
-void TFutureValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &FutureValue);
-}
-
-TAVO_SETUP void TInterestPaymentFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"interest-payment", u"Returns the interest in one period's payment of a loan",
-              u" <rate> <period> <num-periods> <present-value> <future-value> <payment time>", 6, 6);
-}
-
-void TInterestPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &InterestPayment);
-}
-
-TAVO_SETUP void TInterestRateFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"interest-rate",
-              u"Returns the rate per period at which the payments turn the present value into "
-              u"the future value",
-              u" <num-periods> <payment> <present-value> <future-value> <payment time>", 5, 5);
-}
-
-void TInterestRateFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &InterestRate);
-}
-
-TAVO_SETUP void TInternalRateOfReturnFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"internal-rate-of-return",
-              u"Returns the rate at which cash flows, one per period from the first at time 0, are worth 0 now",
-              u" <guess> <cash-flows multifield>", 2, 2);
-}
-
-void TInternalRateOfReturnFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &InternalRateOfReturn);
-}
-
-TAVO_SETUP void TNetPresentValueFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"net-present-value", u"Returns the present value of cash flows, one per period, at a discount rate",
-              u" <rate> <cash-flows multifield> <payment time>", 3, 3);
-}
-
-void TNetPresentValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &NetPresentValue);
-}
-
-TAVO_SETUP void TNumberOfPeriodsFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"number-of-periods",
-              u"Returns the number of periods in which the payments turn the present value into the future value",
-              u" <rate> <payment> <present-value> <future-value> <payment time>", 5, 5);
-}
-
-void TNumberOfPeriodsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &NumberOfPeriods);
-}
-
-TAVO_SETUP void TPaymentFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"payment", u"Returns the fixed payment per period that turns the present value into the future value",
-              u" <rate> <num-periods> <present-value> <future-value> <payment time>", 5, 5);
-}
-
-void TPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &Payment);
-}
-
-TAVO_SETUP void TPeriodPaymentFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"period-payment", u"Returns the principal in one period's payment of a loan",
-              u" <rate> <period> <num-periods> <present-value> <future-value> <payment time>", 6, 6);
-}
-
-void TPeriodPaymentFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &PeriodPayment);
-}
-
-TAVO_SETUP void TPresentValueFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"present-value", u"Returns what periodic payments and a future value are worth now at a fixed rate",
-              u" <rate> <num-periods> <payment> <future-value> <payment time>", 5, 5);
-}
-
-void TPresentValueFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &PresentValue);
-}
-
-TAVO_SETUP void TSLNDepreciationFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"sln-depreciation", u"Returns the straight-line depreciation of an asset in one period",
-              u" <cost> <salvage> <life>", 3, 3);
-}
-
-void TSLNDepreciationFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &SLNDepreciation);
-}
-
-TAVO_SETUP void TSYDDepreciationFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"syd-depreciation", u"Returns the sum-of-years'-digits depreciation of an asset in a period",
-              u" <cost> <salvage> <life> <period>", 4, 4);
-}
-
-void TSYDDepreciationFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = TReader(FunCall, Context).Apply(FFunctionName, &SYDDepreciation);
-}
+#undef TAVO_ROUTINE_FUNCTION
 
 void TBusinessPackage::CreateFunctions() {
   TUserPackage::CreateFunctions();

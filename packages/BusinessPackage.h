@@ -68,101 +68,19 @@ double SYDDepreciation(double Cost, double Salvage, int Life, int Period);
 // book value below the salvage.
 double DoubleDecliningBalance(double Cost, double Salvage, int Life, int Period);
 
-class TDoubleDecliningBalanceFunction : public TTavoUserFunction {
-  TAVO_CLASS(TDoubleDecliningBalanceFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TFutureValueFunction : public TTavoUserFunction {
-  TAVO_CLASS(TFutureValueFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TInterestPaymentFunction : public TTavoUserFunction {
-  TAVO_CLASS(TInterestPaymentFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TInterestRateFunction : public TTavoUserFunction {
-  TAVO_CLASS(TInterestRateFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TInternalRateOfReturnFunction : public TTavoUserFunction {
-  TAVO_CLASS(TInternalRateOfReturnFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TNetPresentValueFunction : public TTavoUserFunction {
-  TAVO_CLASS(TNetPresentValueFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TNumberOfPeriodsFunction : public TTavoUserFunction {
-  TAVO_CLASS(TNumberOfPeriodsFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TPaymentFunction : public TTavoUserFunction {
-  TAVO_CLASS(TPaymentFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TPeriodPaymentFunction : public TTavoUserFunction {
-  TAVO_CLASS(TPeriodPaymentFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TPresentValueFunction : public TTavoUserFunction {
-  TAVO_CLASS(TPresentValueFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TSLNDepreciationFunction : public TTavoUserFunction {
-  TAVO_CLASS(TSLNDepreciationFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-class TSYDDepreciationFunction : public TTavoUserFunction {
-  TAVO_CLASS(TSYDDepreciationFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+// The functions of the rule language over the routines, one each.
+TAVO_FUNCTION(TDoubleDecliningBalanceFunction)
+TAVO_FUNCTION(TFutureValueFunction)
+TAVO_FUNCTION(TInterestPaymentFunction)
+TAVO_FUNCTION(TInterestRateFunction)
+TAVO_FUNCTION(TInternalRateOfReturnFunction)
+TAVO_FUNCTION(TNetPresentValueFunction)
+TAVO_FUNCTION(TNumberOfPeriodsFunction)
+TAVO_FUNCTION(TPaymentFunction)
+TAVO_FUNCTION(TPeriodPaymentFunction)
+TAVO_FUNCTION(TPresentValueFunction)
+TAVO_FUNCTION(TSLNDepreciationFunction)
+TAVO_FUNCTION(TSYDDepreciationFunction)
 
 class TBusinessPackage : public TUserPackage {
   TAVO_CLASS(TBusinessPackage, TUserPackage)
