@@ -217,16 +217,8 @@ void TDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoV
   Result = FloatValue(Quotient);
 }
 
-TAVO_SETUP void TMinusFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"-", u"Returns the first argument minus each of the others", u" <numeric-expression>+", 1,
-           AnyArgumentCount);
-}
-
-void TMinusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Accumulate(arSubtract, FunCall, Context, Result);
-}
+TAVO_DEFINE_FUNCTION(TMinusFunction, u"-", u"Returns the first argument minus each of the others",
+                     u" <numeric-expression>+", 1, AnyArgumentCount, Accumulate(arSubtract, FunCall, Context, Result))
 
 bool TMinusFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
   return AccumulateNumbers(arSubtract, FunCall, Context, Result);
@@ -246,29 +238,15 @@ void TModFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValu
   Result = IntegerValue(Dividend % Divisor);
 }
 
-TAVO_SETUP void TPlusFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"+", u"Returns the sum of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
-}
-
-void TPlusFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Accumulate(arAdd, FunCall, Context, Result);
-}
+TAVO_DEFINE_FUNCTION(TPlusFunction, u"+", u"Returns the sum of its arguments", u" <numeric-expression>+", 0,
+                     AnyArgumentCount, Accumulate(arAdd, FunCall, Context, Result))
 
 bool TPlusFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
   return AccumulateNumbers(arAdd, FunCall, Context, Result);
 }
 
-TAVO_SETUP void TTimesFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0, AnyArgumentCount);
-}
-
-void TTimesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Accumulate(arMultiply, FunCall, Context, Result);
-}
+TAVO_DEFINE_FUNCTION(TTimesFunction, u"*", u"Returns the product of its arguments", u" <numeric-expression>+", 0,
+                     AnyArgumentCount, Accumulate(arMultiply, FunCall, Context, Result))
 
 bool TTimesFunction::CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) {
   return AccumulateNumbers(arMultiply, FunCall, Context, Result);
@@ -310,15 +288,8 @@ void TIntegerDivideFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
   Result = IntegerValue(Quotient);
 }
 
-TAVO_SETUP void TExpFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"exp", u"Returns e raised to the power of its argument", u" <numeric-expression>", 1, 1);
-}
-
-void TExpFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(std::exp(NumericArgument(FunCall, 0, Context)));
-}
+TAVO_DEFINE_FUNCTION(TExpFunction, u"exp", u"Returns e raised to the power of its argument", u" <numeric-expression>",
+                     1, 1, Result = FloatValue(std::exp(NumericArgument(FunCall, 0, Context))))
 
 TAVO_SETUP void TExptFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
@@ -332,76 +303,26 @@ void TExptFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
   Result = FloatValue(std::pow(Base, NumericArgument(FunCall, 1, Context)));
 }
 
-TAVO_SETUP void TPiFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"PI", u"Returns the number pi", u"", 0, 0);
-}
+TAVO_DEFINE_FUNCTION(TPiFunction, u"PI", u"Returns the number pi", u"", 0, 0, Result = FloatValue(std::numbers::pi))
 
-void TPiFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(std::numbers::pi);
-}
+TAVO_DEFINE_FUNCTION(TFloatFunction, u"float", u"Returns its argument as a float", u" <numeric-expression>", 1, 1,
+                     Result = FloatValue(NumericArgument(FunCall, 0, Context)))
 
-TAVO_SETUP void TFloatFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"float", u"Returns its argument as a float", u" <numeric-expression>", 1, 1);
-}
+TAVO_DEFINE_FUNCTION(TIntegerFunction, u"integer", u"Returns its argument as an integer, truncated toward zero",
+                     u" <numeric-expression>", 1, 1, Result = IntegerValue(IntegerArgument(FunCall, 0, Context)))
 
-void TFloatFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(NumericArgument(FunCall, 0, Context));
-}
+TAVO_DEFINE_FUNCTION(TMaxFunction, u"max", u"Returns the greatest of its arguments", u" <numeric-expression>+", 1,
+                     AnyArgumentCount, Extreme(true, FunCall, Context, Result))
 
-TAVO_SETUP void TIntegerFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"integer", u"Returns its argument as an integer, truncated toward zero",
-           u" <numeric-expression>", 1, 1);
-}
+TAVO_DEFINE_FUNCTION(TMinFunction, u"min", u"Returns the smallest of its arguments", u" <numeric-expression>+", 1,
+                     AnyArgumentCount, Extreme(false, FunCall, Context, Result))
 
-void TIntegerFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = IntegerValue(IntegerArgument(FunCall, 0, Context));
-}
+TAVO_DEFINE_FUNCTION(TLogFunction, u"log", u"Returns the natural logarithm of its argument", u" <numeric-expression>",
+                     1, 1, Result = FloatValue(std::log(NumericArgument(FunCall, 0, Context))))
 
-TAVO_SETUP void TMaxFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"max", u"Returns the greatest of its arguments", u" <numeric-expression>+", 1, AnyArgumentCount);
-}
-
-void TMaxFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Extreme(true, FunCall, Context, Result);
-}
-
-TAVO_SETUP void TMinFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"min", u"Returns the smallest of its arguments", u" <numeric-expression>+", 1, AnyArgumentCount);
-}
-
-void TMinFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Extreme(false, FunCall, Context, Result);
-}
-
-TAVO_SETUP void TLogFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"log", u"Returns the natural logarithm of its argument", u" <numeric-expression>", 1, 1);
-}
-
-void TLogFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(std::log(NumericArgument(FunCall, 0, Context)));
-}
-
-TAVO_SETUP void TLog10Function::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"log10", u"Returns the base 10 logarithm of its argument", u" <numeric-expression>", 1, 1);
-}
-
-void TLog10Function::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(std::log10(NumericArgument(FunCall, 0, Context)));
-}
+TAVO_DEFINE_FUNCTION(TLog10Function, u"log10", u"Returns the base 10 logarithm of its argument",
+                     u" <numeric-expression>", 1, 1,
+                     Result = FloatValue(std::log10(NumericArgument(FunCall, 0, Context))))
 
 TAVO_SETUP void TRandomFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
@@ -439,26 +360,12 @@ void TRandomizeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCTrue;
 }
 
-TAVO_SETUP void TRoundFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"round", u"Returns its argument rounded to the nearest integer, ties to even",
-           u" <numeric-expression>", 1, 1);
-}
+TAVO_DEFINE_FUNCTION(TRoundFunction, u"round", u"Returns its argument rounded to the nearest integer, ties to even",
+                     u" <numeric-expression>", 1, 1,
+                     Result = IntegerValue(RoundToInt32(NumericArgument(FunCall, 0, Context))))
 
-void TRoundFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = IntegerValue(RoundToInt32(NumericArgument(FunCall, 0, Context)));
-}
-
-TAVO_SETUP void TSqrtFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"sqrt", u"Returns the square root of its argument", u" <numeric-expression>", 1, 1);
-}
-
-void TSqrtFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = FloatValue(std::sqrt(NumericArgument(FunCall, 0, Context)));
-}
+TAVO_DEFINE_FUNCTION(TSqrtFunction, u"sqrt", u"Returns the square root of its argument", u" <numeric-expression>", 1, 1,
+                     Result = FloatValue(std::sqrt(NumericArgument(FunCall, 0, Context))))
 
 TAVO_SETUP void TSeedFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
