@@ -406,7 +406,10 @@ void TIsTavoStructFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, 
 
 namespace {
 
-void SetTypeCheck(TInferenceEngine& Engine, TTypeCheck Check, bool On) {
+// Turns a check on for an argument of TRUE, else off.
+void SetTypeCheck(TTypeCheck Check, TFunctionCall& FunCall, TTavoContext* Context) {
+  TInferenceEngine& Engine = EngineOf(FunCall, Context);
+  const bool On = FunCall.EvaluateArgument(0, Context)->Equals(FCTrue);
   TTypeChecks Checks = Engine.GetTypeChecks();
   if (On)
     Checks.Include(Check);
@@ -420,52 +423,18 @@ void SetTypeCheck(TInferenceEngine& Engine, TTypeCheck Check, bool On) {
 
 }  // namespace
 
-TAVO_SETUP void TGetDynamicCheckFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"get-dynamic-constraint-checking",
-              u"Returns TRUE if slot values are checked against their types when facts get them", u"", 0, 0);
-}
-
-void TGetDynamicCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcDynamic) ? FCTrue : FCFalse;
-}
-
-TAVO_SETUP void TGetStaticCheckFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"get-static-constraint-checking",
-              u"Returns TRUE if the parser checks values against their types", u"", 0, 0);
-}
-
-void TGetStaticCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcStatic) ? FCTrue : FCFalse;
-}
-
-TAVO_SETUP void TSetDynamicCheckFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"set-dynamic-constraint-checking",
-              u"Checks slot values against their types when facts get them (TRUE), or not", u" <boolean-expression>",
-              1, 1);
-}
-
-void TSetDynamicCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  SetTypeCheck(Engine, tcDynamic, FunCall.EvaluateArgument(0, Context)->Equals(FCTrue));
-}
-
-TAVO_SETUP void TSetStaticCheckFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"set-static-constraint-checking", u"Lets the parser check values against their types (TRUE), or not",
-              u" <boolean-expression>", 1, 1);
-}
-
-void TSetStaticCheckFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  SetTypeCheck(Engine, tcStatic, FunCall.EvaluateArgument(0, Context)->Equals(FCTrue));
-}
+TAVO_DEFINE_FUNCTION(TGetDynamicCheckFunction, u"get-dynamic-constraint-checking",
+                     u"Returns TRUE if slot values are checked against their types when facts get them", u"", 0, 0,
+                     Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcDynamic) ? FCTrue : FCFalse)
+TAVO_DEFINE_FUNCTION(TGetStaticCheckFunction, u"get-static-constraint-checking",
+                     u"Returns TRUE if the parser checks values against their types", u"", 0, 0,
+                     Result = EngineOf(FunCall, Context).GetTypeChecks().Contains(tcStatic) ? FCTrue : FCFalse)
+TAVO_DEFINE_FUNCTION(TSetDynamicCheckFunction, u"set-dynamic-constraint-checking",
+                     u"Checks slot values against their types when facts get them (TRUE), or not",
+                     u" <boolean-expression>", 1, 1, SetTypeCheck(tcDynamic, FunCall, Context))
+TAVO_DEFINE_FUNCTION(TSetStaticCheckFunction, u"set-static-constraint-checking",
+                     u"Lets the parser check values against their types (TRUE), or not", u" <boolean-expression>", 1, 1,
+                     SetTypeCheck(tcStatic, FunCall, Context))
 
 // set-reset-globals, setgen
 

@@ -10,77 +10,48 @@ namespace tavo {
 
 // facts: the fact list of the current module, of a named one, or of all
 // ("*"), narrowed by id range and count, and the total.
-class TShowFactsFunction : public TTavoUserFunction {
-  TAVO_CLASS(TShowFactsFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TShowFactsFunction)
 
 // agenda: the activations of a module, or of all ("*"), in agenda order.
-class TAgendaFunction : public TTavoUserFunction {
-  TAVO_CLASS(TAgendaFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TAgendaFunction)
 
 // list-defrules: the names of the rules of a module, or of all ("*").
-class TListRulesFunction : public TTavoUserFunction {
-  TAVO_CLASS(TListRulesFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
-
-// One function class with the usual metadata and work; the family classes
-// below add the member they serve.
-#define TAVO_MISC_FUNCTION(ClassName)                                                      \
-  class ClassName : public TTavoUserFunction {                                             \
-    TAVO_CLASS(ClassName, TTavoUserFunction)                                               \
-   public:                                                                                 \
-    void InitMetaData() override;                                                          \
-    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
-    using TTavoUserFunction::Call;                                                         \
-  };
+TAVO_FUNCTION(TListRulesFunction)
 
 // Listings of the current module, of a named one or of all ("*").
-TAVO_MISC_FUNCTION(TListDefTypesFunction)
-TAVO_MISC_FUNCTION(TListFactSetsFunction)
-TAVO_MISC_FUNCTION(TListTemplatesFunction)
+TAVO_FUNCTION(TListDefTypesFunction)
+TAVO_FUNCTION(TListFactSetsFunction)
+TAVO_FUNCTION(TListTemplatesFunction)
+
 // Listings of what the engine holds as a whole.
-TAVO_MISC_FUNCTION(TListFunctionsFunction)
-TAVO_MISC_FUNCTION(TListDefModulesFunction)
-TAVO_MISC_FUNCTION(TListFocusStackFunction)
+TAVO_FUNCTION(TListFunctionsFunction)
+TAVO_FUNCTION(TListDefModulesFunction)
+TAVO_FUNCTION(TListFocusStackFunction)
+
 // rules: the current module's rules, to a logical name.
-TAVO_MISC_FUNCTION(TShowRulesFunction)
+TAVO_FUNCTION(TShowRulesFunction)
 
 // Constraint checking, static (the parser's) and dynamic (slot values).
-TAVO_MISC_FUNCTION(TGetDynamicCheckFunction)
-TAVO_MISC_FUNCTION(TGetStaticCheckFunction)
-TAVO_MISC_FUNCTION(TSetDynamicCheckFunction)
-TAVO_MISC_FUNCTION(TSetStaticCheckFunction)
+TAVO_FUNCTION(TGetDynamicCheckFunction)
+TAVO_FUNCTION(TGetStaticCheckFunction)
+TAVO_FUNCTION(TSetDynamicCheckFunction)
+TAVO_FUNCTION(TSetStaticCheckFunction)
 
 // set-reset-globals, setgen, guard, parse.
-TAVO_MISC_FUNCTION(TResetGlobalsFunction)
-TAVO_MISC_FUNCTION(TSetGenFunction)
-TAVO_MISC_FUNCTION(TGuardFunction)
-TAVO_MISC_FUNCTION(TTavoParseFunction)
+TAVO_FUNCTION(TResetGlobalsFunction)
+TAVO_FUNCTION(TSetGenFunction)
+TAVO_FUNCTION(TGuardFunction)
+TAVO_FUNCTION(TTavoParseFunction)
 
 // Removing constructs.
-TAVO_MISC_FUNCTION(TUnDefTypeFunction)
-TAVO_MISC_FUNCTION(TUnDefRuleFunction)
-TAVO_MISC_FUNCTION(TUnDefFactsFunction)
-TAVO_MISC_FUNCTION(TUnDefFunctionFunction)
-TAVO_MISC_FUNCTION(TUnDefTemplateFunction)
+TAVO_FUNCTION(TUnDefTypeFunction)
+TAVO_FUNCTION(TUnDefRuleFunction)
+TAVO_FUNCTION(TUnDefFactsFunction)
+TAVO_FUNCTION(TUnDefFunctionFunction)
+TAVO_FUNCTION(TUnDefTemplateFunction)
 
 // time: the seconds of the current local day, a float.
-TAVO_MISC_FUNCTION(TTimeFunction)
-
-#undef TAVO_MISC_FUNCTION
+TAVO_FUNCTION(TTimeFunction)
 
 enum TListVariablesFunctionType { lvDefGlobals, lvBindings };
 
