@@ -208,8 +208,7 @@ TAVO_SETUP void TFuzzyFamilyFunction::InitMetaData() {
 void TFuzzyFamilyFunction::SetKindIndex(int Value) {
   if (Value < 0 || size_t(Value) >= FKinds.size()) throw EMekException(Format(SListIndexError, Value));
   FKind = Value;
-  const TFuzzyFunctionKind& Kind = FKinds[size_t(Value)];
-  SetMetaData(Kind.Name, Kind.Comment, Kind.ArgumentString, Kind.MinArgumentCount, Kind.MaxArgumentCount);
+  SetKindMetaData(*this, FKinds, Value);
 }
 
 void TFuzzyFamilyFunction::SetFunctionName(const String& Value) {

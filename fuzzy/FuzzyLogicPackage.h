@@ -35,13 +35,7 @@ void PlotFuzzySet(TInferenceEngine& Engine, const String& Stream, const IFuzzySe
                   double From, double To);
 
 // What one member of a function family is called and how.
-struct TFuzzyFunctionKind {
-  const char16_t* Name;
-  const char16_t* Comment;
-  const char16_t* ArgumentString;
-  int MinArgumentCount;
-  int MaxArgumentCount;
-};
+using TFuzzyFunctionKind = TFunctionMetaData;
 
 // A class that serves several functions, one kind each. Setting the kind
 // sets the name, help text, syntax and counts from the family's table; a

@@ -259,19 +259,13 @@ void TTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoVal
 
 TAVO_SETUP void TSystemDateTimeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  switch (FType) {
-    case sdtDateTime:
-      SetMetaData(u"system-datetime", u"Returns the date and time now on the local clock as a date-time number", u"",
-                  0, 0);
-      break;
-    case sdtDate:
-      SetMetaData(u"system-date", u"Returns today on the local clock as a date-time number, a whole number of days",
-                  u"", 0, 0);
-      break;
-    case sdtTime:
-      SetMetaData(u"system-time", u"Returns the time of day on the local clock as a fraction of a day", u"", 0, 0);
-      break;
-  }
+  // In the order of TSystemDateTimeFunctionType.
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"system-datetime", u"Returns the date and time now on the local clock as a date-time number", u"", 0, 0},
+      {u"system-date", u"Returns today on the local clock as a date-time number, a whole number of days", u"", 0, 0},
+      {u"system-time", u"Returns the time of day on the local clock as a fraction of a day", u"", 0, 0},
+  };
+  SetKindMetaData(*this, Kinds, FType);
 }
 
 void TSystemDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -283,37 +277,24 @@ void TSystemDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
 
 TAVO_SETUP void TDateTimeStringFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  switch (FType) {
-    case dtsStrDateTime:
-      SetMetaData(u"str-datetime", u"Returns the date-time number of a text such as \"2024-02-29 13:45:00\"",
-                  u"<string-expression>", 1, 1);
-      break;
-    case dtsStrDate:
-      SetMetaData(u"str-date", u"Returns the date-time number of a date text such as \"2024-02-29\"",
-                  u"<string-expression>", 1, 1);
-      break;
-    case dtsStrTime:
-      SetMetaData(u"str-time", u"Returns the date-time number of a time text such as \"13:45:00.250\"",
-                  u"<string-expression>", 1, 1);
-      break;
-    case dtsDateTimeStr:
-      SetMetaData(u"datetime-str", u"Returns the date and time of a date-time number as YYYY-MM-DD HH:MM:SS",
-                  u"<numeric-expression>", 1, 1);
-      break;
-    case dtsDateStr:
-      SetMetaData(u"date-str", u"Returns the date of a date-time number as YYYY-MM-DD", u"<numeric-expression>", 1,
-                  1);
-      break;
-    case dtsTimeStr:
-      SetMetaData(u"time-str", u"Returns the time of a date-time number as HH:MM:SS", u"<numeric-expression>", 1, 1);
-      break;
-    case dtsDateTimeStrFormat:
-      SetMetaData(u"datetime-str-format",
-                  u"Returns a date-time number written by a pattern of yyyy, yy, m, mm, mmm, mmmm, d, dd, ddd, dddd, "
-                  u"h, hh, n, nn, s, ss, z, zzz and quoted text",
-                  u"<format-string-expression> <numeric-expression>", 2, 2);
-      break;
-  }
+  // In the order of TDateTimeStringFunctionType.
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"str-datetime", u"Returns the date-time number of a text such as \"2024-02-29 13:45:00\"",
+       u"<string-expression>", 1, 1},
+      {u"str-date", u"Returns the date-time number of a date text such as \"2024-02-29\"", u"<string-expression>", 1,
+       1},
+      {u"str-time", u"Returns the date-time number of a time text such as \"13:45:00.250\"", u"<string-expression>", 1,
+       1},
+      {u"datetime-str", u"Returns the date and time of a date-time number as YYYY-MM-DD HH:MM:SS",
+       u"<numeric-expression>", 1, 1},
+      {u"date-str", u"Returns the date of a date-time number as YYYY-MM-DD", u"<numeric-expression>", 1, 1},
+      {u"time-str", u"Returns the time of a date-time number as HH:MM:SS", u"<numeric-expression>", 1, 1},
+      {u"datetime-str-format",
+       u"Returns a date-time number written by a pattern of yyyy, yy, m, mm, mmm, mmmm, d, dd, ddd, dddd, "
+       u"h, hh, n, nn, s, ss, z, zzz and quoted text",
+       u"<format-string-expression> <numeric-expression>", 2, 2},
+  };
+  SetKindMetaData(*this, Kinds, FType);
 }
 
 void TDateTimeStringFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -359,18 +340,16 @@ void TDecodeDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context
 
 TAVO_SETUP void TEncodeDateTimeFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  switch (FType) {
-    case edtDate:
-      SetMetaData(u"encode-date", u"Returns the date-time number of a date, a whole number of days",
-                  u"<year-integer-expression> <month-integer-expression> <day-integer-expression>", 3, 3);
-      break;
-    case edtTime:
-      SetMetaData(u"encode-time", u"Returns the date-time number of a time of day, a fraction of a day",
-                  u"<hour-integer-expression> <minute-integer-expression> <second-integer-expression> "
-                  u"<millisecond-integer-expression>",
-                  4, 4);
-      break;
-  }
+  // In the order of TEncodeDateTimeFunctionType.
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"encode-date", u"Returns the date-time number of a date, a whole number of days",
+       u"<year-integer-expression> <month-integer-expression> <day-integer-expression>", 3, 3},
+      {u"encode-time", u"Returns the date-time number of a time of day, a fraction of a day",
+       u"<hour-integer-expression> <minute-integer-expression> <second-integer-expression> "
+       u"<millisecond-integer-expression>",
+       4, 4},
+  };
+  SetKindMetaData(*this, Kinds, FType);
 }
 
 void TEncodeDateTimeFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {

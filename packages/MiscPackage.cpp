@@ -279,10 +279,12 @@ void TShowRulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 TAVO_SETUP void TListVariablesFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  if (FType == lvDefGlobals)
-    SetMetaData(u"list-defglobals", u"Prints the global variables and their values", u"", 0, 0);
-  else
-    SetMetaData(u"list-bindings", u"Prints the variables bound where the call runs, and their values", u"", 0, 0);
+  // In the order of TListVariablesFunctionType.
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"list-defglobals", u"Prints the global variables and their values", u"", 0, 0},
+      {u"list-bindings", u"Prints the variables bound where the call runs, and their values", u"", 0, 0},
+  };
+  SetKindMetaData(*this, Kinds, FType);
 }
 
 void TListVariablesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -326,34 +328,19 @@ void TListVariablesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context,
 
 TAVO_SETUP void TIsTavoStructFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  switch (FType) {
-    case sfIsBinding:
-      SetMetaData(u"is-binding", u"Returns TRUE if the variable is bound where the call runs", u"<variable-name>", 1,
-                  1);
-      break;
-    case sfIsDefType:
-      SetMetaData(u"is-deftype", u"Returns TRUE if the current module has a defined type of the name",
-                  u"<defined-type-name>", 1, 1);
-      break;
-    case sfIsDefFunction:
-      SetMetaData(u"is-deffunction", u"Returns TRUE if a function of the name exists", u"<function-name>", 1, 1);
-      break;
-    case sfIsDefGlobal:
-      SetMetaData(u"is-defglobal", u"Returns TRUE if a global variable of the name is defined",
-                  u"<global-variable-name>", 1, 1);
-      break;
-    case sfIsDefRule:
-      SetMetaData(u"is-defrule", u"Returns TRUE if the current module has a rule of the name", u"<rule-name>", 1, 1);
-      break;
-    case sfIsDefFacts:
-      SetMetaData(u"is-deffacts", u"Returns TRUE if the current module has a fact set of the name",
-                  u"<fact-set-name>", 1, 1);
-      break;
-    case sfIsDefTemplate:
-      SetMetaData(u"is-deftemplate", u"Returns TRUE if the current module has a fact template of the name",
-                  u"<fact-template-name>", 1, 1);
-      break;
-  }
+  // In the order of TIsTavoStructFunctionType.
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"is-binding", u"Returns TRUE if the variable is bound where the call runs", u"<variable-name>", 1, 1},
+      {u"is-deftype", u"Returns TRUE if the current module has a defined type of the name", u"<defined-type-name>", 1,
+       1},
+      {u"is-deffunction", u"Returns TRUE if a function of the name exists", u"<function-name>", 1, 1},
+      {u"is-defglobal", u"Returns TRUE if a global variable of the name is defined", u"<global-variable-name>", 1, 1},
+      {u"is-defrule", u"Returns TRUE if the current module has a rule of the name", u"<rule-name>", 1, 1},
+      {u"is-deffacts", u"Returns TRUE if the current module has a fact set of the name", u"<fact-set-name>", 1, 1},
+      {u"is-deftemplate", u"Returns TRUE if the current module has a fact template of the name",
+       u"<fact-template-name>", 1, 1},
+  };
+  SetKindMetaData(*this, Kinds, FType);
 }
 
 void TIsTavoStructFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
@@ -521,28 +508,17 @@ void TTavoParseFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
 
 TAVO_SETUP void TPrettyPrintFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
-  switch (FType) {
-    case ppfFactSet:
-      SetMetaData(u"ppdeffacts", u"Prints the fact set of the name as a deffacts", u"<deffacts-name>", 1, 1);
-      break;
-    case ppfUserFunction:
-      SetMetaData(u"ppdeffunction", u"Prints the function of the name as a deffunction, or a built-in one's help",
-                  u"<deffunction-name>", 1, 1);
-      break;
-    case ppfFactTemplate:
-      SetMetaData(u"ppdeftemplate", u"Prints the fact template of the name as a deftemplate", u"<deftemplate-name>",
-                  1, 1);
-      break;
-    case ppfRule:
-      SetMetaData(u"ppdefrule", u"Prints the rule of the name as a defrule", u"<rule-name>", 1, 1);
-      break;
-    case ppfDefType:
-      SetMetaData(u"ppdeftype", u"Prints the defined type of the name as a deftype", u"<deftype-name>", 1, 1);
-      break;
-    case ppfDefModule:
-      SetMetaData(u"ppdefmodule", u"Prints the module of the name as a defmodule", u"<defmodule-name>", 1, 1);
-      break;
-  }
+  // In the order of TPrettyPrintFunctionType.
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"ppdeffacts", u"Prints the fact set of the name as a deffacts", u"<deffacts-name>", 1, 1},
+      {u"ppdeffunction", u"Prints the function of the name as a deffunction, or a built-in one's help",
+       u"<deffunction-name>", 1, 1},
+      {u"ppdeftemplate", u"Prints the fact template of the name as a deftemplate", u"<deftemplate-name>", 1, 1},
+      {u"ppdefrule", u"Prints the rule of the name as a defrule", u"<rule-name>", 1, 1},
+      {u"ppdeftype", u"Prints the defined type of the name as a deftype", u"<deftype-name>", 1, 1},
+      {u"ppdefmodule", u"Prints the module of the name as a defmodule", u"<defmodule-name>", 1, 1},
+  };
+  SetKindMetaData(*this, Kinds, FType);
 }
 
 void TPrettyPrintFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {

@@ -32,6 +32,12 @@ double TrapFloat(const String& Name, double Result, std::span<const double> Argu
   return Result;
 }
 
+TAVO_SETUP void SetKindMetaData(TTavoUserFunction& Function, std::span<const TFunctionMetaData> Kinds, int Kind) {
+  if (Kind < 0 || size_t(Kind) >= Kinds.size()) return;
+  const TFunctionMetaData& Row = Kinds[size_t(Kind)];
+  Function.SetMetaData(Row.Name, Row.Comment, Row.ArgumentString, Row.MinArgumentCount, Row.MaxArgumentCount);
+}
+
 // TTavoInnerFunction
 
 TTavoInnerFunction::TTavoInnerFunction(TObject* Owner) : FOwner(Owner) {

@@ -63,6 +63,20 @@ inline double TrapFloat(const String& Name, double Result, std::initializer_list
     __VA_ARGS__;                                                                            \
   }
 
+// A built-in function's metadata as SetMetaData takes it: one row of the
+// table of a class that serves several functions, one kind each.
+struct TFunctionMetaData {
+  const char16_t* Name;
+  const char16_t* Comment;
+  const char16_t* ArgumentString;
+  int MinArgumentCount;
+  int MaxArgumentCount;
+};
+
+// Sets Function's metadata from row Kind of Kinds; a kind beyond the table
+// sets none.
+void SetKindMetaData(TTavoUserFunction& Function, std::span<const TFunctionMetaData> Kinds, int Kind);
+
 // Makes a component and runs its after-construction step.
 template <class T, class... A>
 T* NewComponent(A&&... Args) {

@@ -63,6 +63,26 @@ TEST(TavoPackagesTest, SyntaxTextFollowsTheCounts) {
   EXPECT_EQ(Count, 10u) << "stops at the limit";
 }
 
+TEST(TavoPackagesTest, KindMetaDataTakesTheKindsRowOrNothing) {
+  static constexpr TFunctionMetaData Kinds[] = {
+      {u"first", u"The first", u" <a>", 1, 1},
+      {u"second", u"The second", u" <a> <b>+", 2, AnyArgumentCount},
+  };
+  IUserFunction Function = Make<TTavoUserFunction>();
+  SetKindMetaData(*Function, Kinds, 1);
+  EXPECT_EQ(Function->GetFunctionName(), u"second");
+  EXPECT_EQ(Function->GetComment(), u"The second");
+  EXPECT_EQ(Function->GetArgumentString(), u" <a> <b>+");
+  EXPECT_EQ(Function->GetMinArgumentCount(), 2);
+  EXPECT_EQ(Function->GetMaxArgumentCount(), AnyArgumentCount);
+  // A kind beyond the table, on either side, leaves the function as it was.
+  SetKindMetaData(*Function, Kinds, 2);
+  SetKindMetaData(*Function, Kinds, -1);
+  EXPECT_EQ(Function->GetFunctionName(), u"second");
+  EXPECT_EQ(Function->GetComment(), u"The second");
+  EXPECT_EQ(Function->GetMinArgumentCount(), 2);
+}
+
 class TPairPackage : public TUserPackage {
  public:
   using TUserPackage::TUserPackage;
