@@ -9,31 +9,19 @@ namespace tavo {
 TAVO_FUNCTION(TDivideFunction)
 
 class TMinusFunction : public TTavoUserFunction {
-  TAVO_CLASS(TMinusFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
+  TAVO_FUNCTION_MEMBERS(TMinusFunction)
   bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) override;
 };
 
 TAVO_FUNCTION(TModFunction)
 
 class TPlusFunction : public TTavoUserFunction {
-  TAVO_CLASS(TPlusFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
+  TAVO_FUNCTION_MEMBERS(TPlusFunction)
   bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) override;
 };
 
 class TTimesFunction : public TTavoUserFunction {
-  TAVO_CLASS(TTimesFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
+  TAVO_FUNCTION_MEMBERS(TTimesFunction)
   bool CallNumeric(const TFunctionCall& FunCall, TTavoContext* Context, TNumber& Result) override;
 };
 

@@ -38,15 +38,20 @@ inline double TrapFloat(const String& Name, double Result, std::initializer_list
   return TrapFloat(Name, Result, std::span<const double>(Arguments.begin(), Arguments.size()), AtPole);
 }
 
-// Declares a built-in function class of a package (inside namespace tavo):
-// its metadata and its work, defined in the package's source.
-#define TAVO_FUNCTION(ClassName)                                                           \
-  class ClassName : public TTavoUserFunction {                                             \
-    TAVO_CLASS(ClassName, TTavoUserFunction)                                               \
-   public:                                                                                 \
-    void InitMetaData() override;                                                          \
-    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
-    using TTavoUserFunction::Call;                                                         \
+// The members every built-in function class of a package declares, first
+// in its body (inside namespace tavo): its metadata and its work, defined
+// in the package's source. Members of its own follow, public.
+#define TAVO_FUNCTION_MEMBERS(ClassName)                                                 \
+  TAVO_CLASS(ClassName, TTavoUserFunction)                                               \
+ public:                                                                                 \
+  void InitMetaData() override;                                                          \
+  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+  using TTavoUserFunction::Call;
+
+// Declares a built-in function class with those members alone.
+#define TAVO_FUNCTION(ClassName)               \
+  class ClassName : public TTavoUserFunction { \
+    TAVO_FUNCTION_MEMBERS(ClassName)           \
   };
 
 // Defines the two of a function class whose work is data and a statement or
