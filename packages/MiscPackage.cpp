@@ -99,107 +99,86 @@ void TShowFactsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITa
   Result = FCNil;
 }
 
-TAVO_SETUP void TAgendaFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"agenda", u"Prints the activations of the current module, of the named one or of all (*)",
-              u"[<module-name-expression>|*]", 0, 1);
-}
+// agenda, list-defrules and the rest of the listing family: the lines of one
+// module, or of every module.
 
-void TAgendaFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
+namespace {
+
+// One module's lines; Current says it is the current module, whose tables
+// the engine holds.
+using TModuleLines = std::vector<String> (*)(TInferenceEngine& Engine, TModule& Module, bool Current);
+
+// A listing of the current module, of the one named by the argument or of
+// all ("*").
+void ListModules(TFunctionCall& FunCall, TTavoContext* Context, bool Sorted, const String& Total, TModuleLines Lines,
+                 ITavoValue& Result) {
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  // In agenda order, which is what an agenda is read for; the rest of the
-  // family sorts its names.
-  PrintListing(Engine, ModuleArgument(FunCall, Context), false, u"for a total of %d activations.",
-               [&](TModule& Module, bool Current) {
-                 std::vector<String> Lines;
-                 TActivationAgenda* Agenda = Current ? Engine.GetAgenda() : Module.GetAgenda();
-                 for (int I = 0; Agenda && I < Agenda->Count(); ++I) Lines.push_back(Agenda->GetString(I));
-                 return Lines;
-               });
+  PrintListing(Engine, ModuleArgument(FunCall, Context), Sorted, Total,
+               [&](TModule& Module, bool Current) { return Lines(Engine, Module, Current); });
   Result = FCNil;
 }
 
-TAVO_SETUP void TListRulesFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"list-defrules", u"Prints the names of the rules of the current module, of the named one or of all (*)",
-              u"[<module-name-expression>|*]", 0, 1);
+std::vector<String> ActivationLines(TInferenceEngine& Engine, TModule& Module, bool Current) {
+  std::vector<String> Lines;
+  TActivationAgenda* Agenda = Current ? Engine.GetAgenda() : Module.GetAgenda();
+  for (int I = 0; Agenda && I < Agenda->Count(); ++I) Lines.push_back(Agenda->GetString(I));
+  return Lines;
 }
 
-void TListRulesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d rules.",
-               [&](TModule& Module, bool Current) {
-                 std::vector<String> Lines;
-                 TRules* Rules = Current ? Engine.GetRules() : Module.GetRules();
-                 for (int I = 0; Rules && I < Rules->Count(); ++I) Lines.push_back(Rules->Get(I)->GetRuleName());
-                 return Lines;
-               });
-  Result = FCNil;
+std::vector<String> RuleNames(TInferenceEngine& Engine, TModule& Module, bool Current) {
+  std::vector<String> Lines;
+  TRules* Rules = Current ? Engine.GetRules() : Module.GetRules();
+  for (int I = 0; Rules && I < Rules->Count(); ++I) Lines.push_back(Rules->Get(I)->GetRuleName());
+  return Lines;
 }
 
-// The rest of the listing family: one module's constructs, or every module's.
-
-TAVO_SETUP void TListDefTypesFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"list-deftypes",
-              u"Prints the names of the defined types of the current module, of the named one or of all (*)",
-              u"[<module-name-expression>|*]", 0, 1);
+std::vector<String> DefinedTypeNames(TInferenceEngine& Engine, TModule& Module, bool Current) {
+  return Names(Current ? Engine.GetDefinedTypes() : Module.GetDefinedTypes());
 }
 
-void TListDefTypesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d deftypes.",
-               [&](TModule& Module, bool Current) {
-                 return Names(Current ? Engine.GetDefinedTypes() : Module.GetDefinedTypes());
-               });
-  Result = FCNil;
+std::vector<String> FactSetNames(TInferenceEngine& Engine, TModule& Module, bool Current) {
+  std::vector<String> Lines;
+  if (TFactSets* Sets = Current ? Engine.GetFactSets() : Module.GetFactSets())
+    for (const TFactSet* Set : *Sets) Lines.push_back(Set->GetFactSetName());
+  return Lines;
 }
 
-TAVO_SETUP void TListFactSetsFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"list-deffacts",
-              u"Prints the names of the fact sets of the current module, of the named one or of all (*)",
-              u"[<module-name-expression>|*]", 0, 1);
+// Without the templates every module has for the engine's own facts: they
+// were never defined by anyone.
+std::vector<String> TemplateNames(TInferenceEngine& Engine, TModule& Module, bool Current) {
+  std::vector<String> Lines = Names(Current ? Engine.GetFactTemplates() : Module.GetFactTemplates());
+  std::erase_if(Lines,
+                [](const String& Name) { return SameText(Name, SInitialFactPattern) || SameText(Name, SNullFact); });
+  return Lines;
 }
 
-void TListFactSetsFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d deffacts.",
-               [&](TModule& Module, bool Current) {
-                 std::vector<String> Lines;
-                 if (TFactSets* Sets = Current ? Engine.GetFactSets() : Module.GetFactSets())
-                   for (const TFactSet* Set : *Sets) Lines.push_back(Set->GetFactSetName());
-                 return Lines;
-               });
-  Result = FCNil;
-}
+}  // namespace
 
-TAVO_SETUP void TListTemplatesFunction::InitMetaData() {
-  TTavoUserFunction::InitMetaData();
-  SetMetaData(u"list-deftemplates",
-              u"Prints the names of the fact templates of the current module, of the named one or of all (*)",
-              u"[<module-name-expression>|*]", 0, 1);
-}
+// A function of the listing family: Sorted says whether its lines are
+// sorted, Total is the text of the total, and Lines gives a module's lines.
+#define TAVO_LISTING_FUNCTION(ClassName, Name, Comment, Sorted, Total, Lines)           \
+  TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, u"[<module-name-expression>|*]", 0, 1, \
+                       ListModules(FunCall, Context, Sorted, Total, Lines, Result))
 
-void TListTemplatesFunction::Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) {
-  TTavoUserFunction::Call(FunCall, Context, Result);
-  TInferenceEngine& Engine = EngineOf(FunCall, Context);
-  PrintListing(Engine, ModuleArgument(FunCall, Context), true, u"for a total of %d deftemplates.",
-               [&](TModule& Module, bool Current) {
-                 // Without the templates every module has for the engine's
-                 // own facts: they were never defined by anyone.
-                 std::vector<String> Lines = Names(Current ? Engine.GetFactTemplates() : Module.GetFactTemplates());
-                 std::erase_if(Lines, [](const String& Name) {
-                   return SameText(Name, SInitialFactPattern) || SameText(Name, SNullFact);
-                 });
-                 return Lines;
-               });
-  Result = FCNil;
-}
+// The agenda in agenda order, which is what an agenda is read for; the rest
+// of the family sorts its names.
+TAVO_LISTING_FUNCTION(TAgendaFunction, u"agenda",
+                      u"Prints the activations of the current module, of the named one or of all (*)", false,
+                      u"for a total of %d activations.", ActivationLines)
+TAVO_LISTING_FUNCTION(TListRulesFunction, u"list-defrules",
+                      u"Prints the names of the rules of the current module, of the named one or of all (*)", true,
+                      u"for a total of %d rules.", RuleNames)
+TAVO_LISTING_FUNCTION(TListDefTypesFunction, u"list-deftypes",
+                      u"Prints the names of the defined types of the current module, of the named one or of all (*)",
+                      true, u"for a total of %d deftypes.", DefinedTypeNames)
+TAVO_LISTING_FUNCTION(TListFactSetsFunction, u"list-deffacts",
+                      u"Prints the names of the fact sets of the current module, of the named one or of all (*)", true,
+                      u"for a total of %d deffacts.", FactSetNames)
+TAVO_LISTING_FUNCTION(TListTemplatesFunction, u"list-deftemplates",
+                      u"Prints the names of the fact templates of the current module, of the named one or of all (*)",
+                      true, u"for a total of %d deftemplates.", TemplateNames)
+
+#undef TAVO_LISTING_FUNCTION
 
 TAVO_SETUP void TListFunctionsFunction::InitMetaData() {
   TTavoUserFunction::InitMetaData();
