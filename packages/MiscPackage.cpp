@@ -110,8 +110,8 @@ using TModuleLines = std::vector<String> (*)(TInferenceEngine& Engine, TModule& 
 
 // A listing of the current module, of the one named by the argument or of
 // all ("*").
-void ListModules(TFunctionCall& FunCall, TTavoContext* Context, bool Sorted, const String& Total, TModuleLines Lines,
-                 ITavoValue& Result) {
+template <TModuleLines Lines>
+void ListModules(TFunctionCall& FunCall, TTavoContext* Context, bool Sorted, const String& Total, ITavoValue& Result) {
   TInferenceEngine& Engine = EngineOf(FunCall, Context);
   PrintListing(Engine, ModuleArgument(FunCall, Context), Sorted, Total,
                [&](TModule& Module, bool Current) { return Lines(Engine, Module, Current); });
@@ -158,7 +158,7 @@ std::vector<String> TemplateNames(TInferenceEngine& Engine, TModule& Module, boo
 // sorted, Total is the text of the total, and Lines gives a module's lines.
 #define TAVO_LISTING_FUNCTION(ClassName, Name, Comment, Sorted, Total, Lines)           \
   TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, u"[<module-name-expression>|*]", 0, 1, \
-                       ListModules(FunCall, Context, Sorted, Total, Lines, Result))
+                       ListModules<Lines>(FunCall, Context, Sorted, Total, Result))
 
 // The agenda in agenda order, which is what an agenda is read for; the rest
 // of the family sorts its names.
