@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cmath>
 #include <ctime>
+#include <iterator>
 
 #include "packages/MiscPackage.h"
 
@@ -265,6 +266,7 @@ TAVO_SETUP void TSystemDateTimeFunction::InitMetaData() {
       {u"system-date", u"Returns today on the local clock as a date-time number, a whole number of days", u"", 0, 0},
       {u"system-time", u"Returns the time of day on the local clock as a fraction of a day", u"", 0, 0},
   };
+  static_assert(std::size(Kinds) == sdtTime + 1);
   SetKindMetaData(*this, Kinds, FType);
 }
 
@@ -294,6 +296,7 @@ TAVO_SETUP void TDateTimeStringFunction::InitMetaData() {
        u"h, hh, n, nn, s, ss, z, zzz and quoted text",
        u"<format-string-expression> <numeric-expression>", 2, 2},
   };
+  static_assert(std::size(Kinds) == dtsDateTimeStrFormat + 1);
   SetKindMetaData(*this, Kinds, FType);
 }
 
@@ -349,6 +352,7 @@ TAVO_SETUP void TEncodeDateTimeFunction::InitMetaData() {
        u"<millisecond-integer-expression>",
        4, 4},
   };
+  static_assert(std::size(Kinds) == edtTime + 1);
   SetKindMetaData(*this, Kinds, FType);
 }
 

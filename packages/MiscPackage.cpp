@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 
 #include "engine/FactList.h"
 #include "engine/InferenceEngine.h"
@@ -263,6 +264,7 @@ TAVO_SETUP void TListVariablesFunction::InitMetaData() {
       {u"list-defglobals", u"Prints the global variables and their values", u"", 0, 0},
       {u"list-bindings", u"Prints the variables bound where the call runs, and their values", u"", 0, 0},
   };
+  static_assert(std::size(Kinds) == lvBindings + 1);
   SetKindMetaData(*this, Kinds, FType);
 }
 
@@ -319,6 +321,7 @@ TAVO_SETUP void TIsTavoStructFunction::InitMetaData() {
       {u"is-deftemplate", u"Returns TRUE if the current module has a fact template of the name",
        u"<fact-template-name>", 1, 1},
   };
+  static_assert(std::size(Kinds) == sfIsDefTemplate + 1);
   SetKindMetaData(*this, Kinds, FType);
 }
 
@@ -497,6 +500,7 @@ TAVO_SETUP void TPrettyPrintFunction::InitMetaData() {
       {u"ppdeftype", u"Prints the defined type of the name as a deftype", u"<deftype-name>", 1, 1},
       {u"ppdefmodule", u"Prints the module of the name as a defmodule", u"<defmodule-name>", 1, 1},
   };
+  static_assert(std::size(Kinds) == ppfDefModule + 1);
   SetKindMetaData(*this, Kinds, FType);
 }
 
