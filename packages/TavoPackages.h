@@ -54,10 +54,10 @@ inline double TrapFloat(const String& Name, double Result, std::initializer_list
     TAVO_FUNCTION_MEMBERS(ClassName)           \
   };
 
-// Defines the two of a function class whose work is data and a statement or
-// two: InitMetaData sets the metadata given, and Call, after the inherited
-// Call has cleared Result, runs the statements, which see FunCall, Context
-// and Result.
+// Defines InitMetaData and Call of a function class whose work is a
+// statement or two: InitMetaData sets the metadata given, and Call, once the
+// inherited Call has cleared Result, runs the statements, which see FunCall,
+// Context and Result.
 #define TAVO_DEFINE_FUNCTION(ClassName, Name, Comment, ArgumentString, Min, Max, ...)         \
   TAVO_SETUP void ClassName::InitMetaData() {                                               \
     TTavoUserFunction::InitMetaData();                                                      \
