@@ -53,21 +53,22 @@ TAVO_FUNCTION(TUnDefTemplateFunction)
 // time: the seconds of the current local day, a float.
 TAVO_FUNCTION(TTimeFunction)
 
+// A class that serves several functions, one for each kind of TypeName,
+// DefaultKind unless its maker says another.
+#define TAVO_KIND_FUNCTION(ClassName, TypeName, DefaultKind)         \
+  class ClassName : public TTavoUserFunction {                       \
+    TAVO_FUNCTION_MEMBERS(ClassName)                                 \
+    explicit ClassName(TypeName Type = DefaultKind) : FType(Type) {} \
+    TypeName GetType() const { return FType; }                       \
+                                                                     \
+   private:                                                          \
+    TypeName FType;                                                  \
+  };
+
 enum TListVariablesFunctionType { lvDefGlobals, lvBindings };
 
 // list-defglobals and list-bindings: names and values, and the total.
-class TListVariablesFunction : public TTavoUserFunction {
-  TAVO_CLASS(TListVariablesFunction, TTavoUserFunction)
- public:
-  explicit TListVariablesFunction(TListVariablesFunctionType Type = lvDefGlobals) : FType(Type) {}
-  TListVariablesFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-
- private:
-  TListVariablesFunctionType FType;
-};
+TAVO_KIND_FUNCTION(TListVariablesFunction, TListVariablesFunctionType, lvDefGlobals)
 
 enum TIsTavoStructFunctionType {
   sfIsBinding,
@@ -80,35 +81,13 @@ enum TIsTavoStructFunctionType {
 };
 
 // is-binding, is-deftype and the rest: whether a name is known as that kind.
-class TIsTavoStructFunction : public TTavoUserFunction {
-  TAVO_CLASS(TIsTavoStructFunction, TTavoUserFunction)
- public:
-  explicit TIsTavoStructFunction(TIsTavoStructFunctionType Type = sfIsBinding) : FType(Type) {}
-  TIsTavoStructFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-
- private:
-  TIsTavoStructFunctionType FType;
-};
+TAVO_KIND_FUNCTION(TIsTavoStructFunction, TIsTavoStructFunctionType, sfIsBinding)
 
 enum TPrettyPrintFunctionType { ppfFactSet, ppfUserFunction, ppfFactTemplate, ppfRule, ppfDefType, ppfDefModule };
 
 // ppdeffacts, ppdeffunction and the rest: a construct of the name, printed
 // as rule-language text.
-class TPrettyPrintFunction : public TTavoUserFunction {
-  TAVO_CLASS(TPrettyPrintFunction, TTavoUserFunction)
- public:
-  explicit TPrettyPrintFunction(TPrettyPrintFunctionType Type = ppfFactSet) : FType(Type) {}
-  TPrettyPrintFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-
- private:
-  TPrettyPrintFunctionType FType;
-};
+TAVO_KIND_FUNCTION(TPrettyPrintFunction, TPrettyPrintFunctionType, ppfFactSet)
 
 // Date-time numbers count days from 1899-12-30, which is day 0, in the
 // proleptic Gregorian calendar; the time of day is the fraction. A number's
@@ -157,18 +136,7 @@ enum TSystemDateTimeFunctionType { sdtDateTime, sdtDate, sdtTime };
 
 // system-datetime, system-date and system-time: now, today and the time of
 // day, local, as date-time numbers.
-class TSystemDateTimeFunction : public TTavoUserFunction {
-  TAVO_CLASS(TSystemDateTimeFunction, TTavoUserFunction)
- public:
-  explicit TSystemDateTimeFunction(TSystemDateTimeFunctionType Type = sdtDateTime) : FType(Type) {}
-  TSystemDateTimeFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-
- private:
-  TSystemDateTimeFunctionType FType;
-};
+TAVO_KIND_FUNCTION(TSystemDateTimeFunction, TSystemDateTimeFunctionType, sdtDateTime)
 
 enum TDateTimeStringFunctionType {
   dtsStrDateTime,
@@ -183,51 +151,20 @@ enum TDateTimeStringFunctionType {
 // str-datetime and the rest read a text as a date-time number;
 // datetime-str and the rest write one as text, datetime-str-format by a
 // pattern.
-class TDateTimeStringFunction : public TTavoUserFunction {
-  TAVO_CLASS(TDateTimeStringFunction, TTavoUserFunction)
- public:
-  explicit TDateTimeStringFunction(TDateTimeStringFunctionType Type = dtsStrDateTime) : FType(Type) {}
-  TDateTimeStringFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-
- private:
-  TDateTimeStringFunctionType FType;
-};
+TAVO_KIND_FUNCTION(TDateTimeStringFunction, TDateTimeStringFunctionType, dtsStrDateTime)
 
 enum TDecodeDateTimeFunctionType { ddtYear, ddtMonth, ddtDay, ddtHour, ddtMinute, ddtSecond, ddtMillisecond };
 
 // decode-year and the rest: one part of a date-time number, an integer.
-class TDecodeDateTimeFunction : public TTavoUserFunction {
-  TAVO_CLASS(TDecodeDateTimeFunction, TTavoUserFunction)
- public:
-  explicit TDecodeDateTimeFunction(TDecodeDateTimeFunctionType Type = ddtYear) : FType(Type) {}
-  TDecodeDateTimeFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-
- private:
-  TDecodeDateTimeFunctionType FType;
-};
+TAVO_KIND_FUNCTION(TDecodeDateTimeFunction, TDecodeDateTimeFunctionType, ddtYear)
 
 enum TEncodeDateTimeFunctionType { edtDate, edtTime };
 
 // encode-date and encode-time: the date-time number of a date's or a time's
 // parts.
-class TEncodeDateTimeFunction : public TTavoUserFunction {
-  TAVO_CLASS(TEncodeDateTimeFunction, TTavoUserFunction)
- public:
-  explicit TEncodeDateTimeFunction(TEncodeDateTimeFunctionType Type = edtDate) : FType(Type) {}
-  TEncodeDateTimeFunctionType GetType() const { return FType; }
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
+TAVO_KIND_FUNCTION(TEncodeDateTimeFunction, TEncodeDateTimeFunctionType, edtDate)
 
- private:
-  TEncodeDateTimeFunctionType FType;
-};
+#undef TAVO_KIND_FUNCTION
 
 class TMiscPackage : public TUserPackage {
   TAVO_CLASS(TMiscPackage, TUserPackage)
