@@ -14,44 +14,32 @@ class EExit : public EAbort {
   EExit() = default;
 };
 
-// One class per function. Arguments arrive unevaluated; each function
-// resolves the ones it needs, when it needs them.
-#define TAVO_STANDARD_FUNCTION(ClassName)                                             \
-  class ClassName : public TTavoUserFunction {                                        \
-    TAVO_CLASS(ClassName, TTavoUserFunction)                                          \
-   public:                                                                            \
-    void InitMetaData() override;                                                     \
-    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
-    using TTavoUserFunction::Call;                                                    \
-  };
+// One class per function (TAVO_FUNCTION). Arguments arrive unevaluated;
+// each function resolves the ones it needs, when it needs them.
 
 // A predicate that also answers by CallTruth.
-#define TAVO_PREDICATE_FUNCTION(ClassName)                                            \
-  class ClassName : public TTavoUserFunction {                                        \
-    TAVO_CLASS(ClassName, TTavoUserFunction)                                          \
-   public:                                                                            \
-    void InitMetaData() override;                                                     \
-    void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override; \
+#define TAVO_PREDICATE_FUNCTION(ClassName)                                                       \
+  class ClassName : public TTavoUserFunction {                                                   \
+    TAVO_FUNCTION_MEMBERS(ClassName)                                                             \
     bool CallTruth(const TFunctionCall& FunCall, TTavoContext* Context, bool& Result) override; \
-    using TTavoUserFunction::Call;                                                    \
   };
 
 // Control.
-TAVO_STANDARD_FUNCTION(TIfFunction)
-TAVO_STANDARD_FUNCTION(TWhileFunction)
-TAVO_STANDARD_FUNCTION(TForEachFunction)
-TAVO_STANDARD_FUNCTION(TTryFunction)
-TAVO_STANDARD_FUNCTION(TThrowFunction)
-TAVO_STANDARD_FUNCTION(TReturnFunction)
-TAVO_STANDARD_FUNCTION(TBindFunction)
+TAVO_FUNCTION(TIfFunction)
+TAVO_FUNCTION(TWhileFunction)
+TAVO_FUNCTION(TForEachFunction)
+TAVO_FUNCTION(TTryFunction)
+TAVO_FUNCTION(TThrowFunction)
+TAVO_FUNCTION(TReturnFunction)
+TAVO_FUNCTION(TBindFunction)
 
 // Logic and comparison.
 TAVO_PREDICATE_FUNCTION(TAndFunction)
 TAVO_PREDICATE_FUNCTION(TOrFunction)
 TAVO_PREDICATE_FUNCTION(TNotFunction)
-TAVO_STANDARD_FUNCTION(TEqFunction)
-TAVO_STANDARD_FUNCTION(TEqStarFunction)
-TAVO_STANDARD_FUNCTION(TNeqFunction)
+TAVO_FUNCTION(TEqFunction)
+TAVO_FUNCTION(TEqStarFunction)
+TAVO_FUNCTION(TNeqFunction)
 TAVO_PREDICATE_FUNCTION(TEqualsFunction)
 TAVO_PREDICATE_FUNCTION(TNotEqualsFunction)
 TAVO_PREDICATE_FUNCTION(TGtFunction)
@@ -60,72 +48,72 @@ TAVO_PREDICATE_FUNCTION(TLtFunction)
 TAVO_PREDICATE_FUNCTION(TLtOrEqFunction)
 
 // Variables, symbols and storage.
-TAVO_STANDARD_FUNCTION(TExtractGlobalFunction)
-TAVO_STANDARD_FUNCTION(TGenSymStarFunction)
-TAVO_STANDARD_FUNCTION(TStoreFunction)
-TAVO_STANDARD_FUNCTION(TFetchFunction)
-TAVO_STANDARD_FUNCTION(TClearStorageFunction)
+TAVO_FUNCTION(TExtractGlobalFunction)
+TAVO_FUNCTION(TGenSymStarFunction)
+TAVO_FUNCTION(TStoreFunction)
+TAVO_FUNCTION(TFetchFunction)
+TAVO_FUNCTION(TClearStorageFunction)
 
 // The engine.
-TAVO_STANDARD_FUNCTION(TRunFunction)
-TAVO_STANDARD_FUNCTION(THaltFunction)
-TAVO_STANDARD_FUNCTION(TExitFunction)
-TAVO_STANDARD_FUNCTION(TVersionFunction)
-TAVO_STANDARD_FUNCTION(TWatchFunction)
-TAVO_STANDARD_FUNCTION(TUnwatchFunction)
+TAVO_FUNCTION(TRunFunction)
+TAVO_FUNCTION(THaltFunction)
+TAVO_FUNCTION(TExitFunction)
+TAVO_FUNCTION(TVersionFunction)
+TAVO_FUNCTION(TWatchFunction)
+TAVO_FUNCTION(TUnwatchFunction)
 
 // Facts.
-TAVO_STANDARD_FUNCTION(TAssertFunction)
-TAVO_STANDARD_FUNCTION(TAssertStringFunction)
-TAVO_STANDARD_FUNCTION(TRetractFunction)
-TAVO_STANDARD_FUNCTION(TRetractStringFunction)
-TAVO_STANDARD_FUNCTION(TModifyFunction)
-TAVO_STANDARD_FUNCTION(TDuplicateFunction)
-TAVO_STANDARD_FUNCTION(TGetSlotValueFunction)
-TAVO_STANDARD_FUNCTION(TGetFactDuplicationFunction)
-TAVO_STANDARD_FUNCTION(TSetFactDuplicationFunction)
-TAVO_STANDARD_FUNCTION(TDoBackwardChainingFunction)
+TAVO_FUNCTION(TAssertFunction)
+TAVO_FUNCTION(TAssertStringFunction)
+TAVO_FUNCTION(TRetractFunction)
+TAVO_FUNCTION(TRetractStringFunction)
+TAVO_FUNCTION(TModifyFunction)
+TAVO_FUNCTION(TDuplicateFunction)
+TAVO_FUNCTION(TGetSlotValueFunction)
+TAVO_FUNCTION(TGetFactDuplicationFunction)
+TAVO_FUNCTION(TSetFactDuplicationFunction)
+TAVO_FUNCTION(TDoBackwardChainingFunction)
 
 // Output.
-TAVO_STANDARD_FUNCTION(TResetFunction)
-TAVO_STANDARD_FUNCTION(TClearFunction)
-TAVO_STANDARD_FUNCTION(TPrintOutFunction)
-TAVO_STANDARD_FUNCTION(TFormatFunction)
-TAVO_STANDARD_FUNCTION(TReadFunction)
-TAVO_STANDARD_FUNCTION(TReadLineFunction)
+TAVO_FUNCTION(TResetFunction)
+TAVO_FUNCTION(TClearFunction)
+TAVO_FUNCTION(TPrintOutFunction)
+TAVO_FUNCTION(TFormatFunction)
+TAVO_FUNCTION(TReadFunction)
+TAVO_FUNCTION(TReadLineFunction)
 
 // Saving and loading.
-TAVO_STANDARD_FUNCTION(TLoadFunction)
-TAVO_STANDARD_FUNCTION(TSaveFunction)
-TAVO_STANDARD_FUNCTION(TLoadFactsFunction)
-TAVO_STANDARD_FUNCTION(TSaveFactsFunction)
+TAVO_FUNCTION(TLoadFunction)
+TAVO_FUNCTION(TSaveFunction)
+TAVO_FUNCTION(TLoadFactsFunction)
+TAVO_FUNCTION(TSaveFactsFunction)
 
 // Files, logical names, batch and capture.
-TAVO_STANDARD_FUNCTION(TOpenFunction)
-TAVO_STANDARD_FUNCTION(TCloseFunction)
-TAVO_STANDARD_FUNCTION(TBatchFunction)
-TAVO_STANDARD_FUNCTION(TDribbleOnFunction)
-TAVO_STANDARD_FUNCTION(TDribbleOffFunction)
-TAVO_STANDARD_FUNCTION(TRemoveFunction)
-TAVO_STANDARD_FUNCTION(TRenameFunction)
+TAVO_FUNCTION(TOpenFunction)
+TAVO_FUNCTION(TCloseFunction)
+TAVO_FUNCTION(TBatchFunction)
+TAVO_FUNCTION(TDribbleOnFunction)
+TAVO_FUNCTION(TDribbleOffFunction)
+TAVO_FUNCTION(TRemoveFunction)
+TAVO_FUNCTION(TRenameFunction)
 
 // Multifields. Positions count from 0.
-TAVO_STANDARD_FUNCTION(TCreateMFFunction)
-TAVO_STANDARD_FUNCTION(TDeleteMFFunction)
-TAVO_STANDARD_FUNCTION(TExplodeMFFunction)
-TAVO_STANDARD_FUNCTION(TFirstMFFunction)
-TAVO_STANDARD_FUNCTION(TImplodeMFFunction)
-TAVO_STANDARD_FUNCTION(TInsertMFFunction)
-TAVO_STANDARD_FUNCTION(TLengthMFFunction)
-TAVO_STANDARD_FUNCTION(TMemberFunction)
-TAVO_STANDARD_FUNCTION(TMemberMFFunction)
-TAVO_STANDARD_FUNCTION(TNthMFFunction)
-TAVO_STANDARD_FUNCTION(TReplaceMFFunction)
-TAVO_STANDARD_FUNCTION(TRestMFFunction)
-TAVO_STANDARD_FUNCTION(TSubSeqMFFunction)
-TAVO_STANDARD_FUNCTION(TSubSetpMFFunction)
+TAVO_FUNCTION(TCreateMFFunction)
+TAVO_FUNCTION(TDeleteMFFunction)
+TAVO_FUNCTION(TExplodeMFFunction)
+TAVO_FUNCTION(TFirstMFFunction)
+TAVO_FUNCTION(TImplodeMFFunction)
+TAVO_FUNCTION(TInsertMFFunction)
+TAVO_FUNCTION(TLengthMFFunction)
+TAVO_FUNCTION(TMemberFunction)
+TAVO_FUNCTION(TMemberMFFunction)
+TAVO_FUNCTION(TNthMFFunction)
+TAVO_FUNCTION(TReplaceMFFunction)
+TAVO_FUNCTION(TRestMFFunction)
+TAVO_FUNCTION(TSubSeqMFFunction)
+TAVO_FUNCTION(TSubSetpMFFunction)
 
-#undef TAVO_STANDARD_FUNCTION
+#undef TAVO_PREDICATE_FUNCTION
 
 // Modules and the focus stack.
 enum TFocusModuleFunctionType { fmfFocus, fmfClearFocusStack, fmfGetFocus, fmfGetFocusStack, fmfPopFocus };
