@@ -120,22 +120,10 @@ TAVO_FUZZY_FAMILY(TCreateFuzzyShapeFunction, TFuzzyShapeType, fsGrowthShape)
 
 // create-fuzzy-value: a fuzzy value of a type's variable from an
 // expression over its terms.
-class TCreateFuzzySetFunction : public TTavoUserFunction {
-  TAVO_CLASS(TCreateFuzzySetFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TCreateFuzzySetFunction)
 
 // plot-fuzzy-value: the plot of fuzzy values to a logical name.
-class TPlotFuzzySetFunction : public TTavoUserFunction {
-  TAVO_CLASS(TPlotFuzzySetFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TPlotFuzzySetFunction)
 
 class TFuzzyLogicPackage : public TUserPackage {
   TAVO_CLASS(TFuzzyLogicPackage, TUserPackage)

@@ -15,94 +15,34 @@
 namespace tavo {
 
 // create-object: a new instance of a class, made by the class's factory.
-class TCreateObjectFunction : public TTavoUserFunction {
-  TAVO_CLASS(TCreateObjectFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TCreateObjectFunction)
 
 // execute-action: runs an action; TRUE when it had something to do.
-class TExecuteActionFunction : public TTavoUserFunction {
-  TAVO_CLASS(TExecuteActionFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TExecuteActionFunction)
 
 // free-object: frees each object given; nil and null references are skipped.
-class TFreeObjectFunction : public TTavoUserFunction {
-  TAVO_CLASS(TFreeObjectFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TFreeObjectFunction)
 
 // get-component: a component of an owner by its name, nil when it has none.
-class TGetComponentFunction : public TTavoUserFunction {
-  TAVO_CLASS(TGetComponentFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TGetComponentFunction)
 
 // get-components: the components of an owner, in their order.
-class TGetComponentsFunction : public TTavoUserFunction {
-  TAVO_CLASS(TGetComponentsFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TGetComponentsFunction)
 
 // get-class: the registered class of a name.
-class TGetClassFunction : public TTavoUserFunction {
-  TAVO_CLASS(TGetClassFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TGetClassFunction)
 
 // get-property: a published property's value, read by its kind.
-class TGetPropertyFunction : public TTavoUserFunction {
-  TAVO_CLASS(TGetPropertyFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TGetPropertyFunction)
 
 // get-properties: the names of an object's published properties.
-class TGetPropertiesFunction : public TTavoUserFunction {
-  TAVO_CLASS(TGetPropertiesFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TGetPropertiesFunction)
 
 // set-property: writes a published property and answers the value.
-class TSetPropertyFunction : public TTavoUserFunction {
-  TAVO_CLASS(TSetPropertyFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TSetPropertyFunction)
 
 // is-class: whether an object is of a class or of a descendant.
-class TIsClassFunction : public TTavoUserFunction {
-  TAVO_CLASS(TIsClassFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TIsClassFunction)
 
 // The package makes no trigger-event: that name stays an unknown function.
 class TObjectPackage : public TUserPackage {

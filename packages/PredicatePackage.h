@@ -23,30 +23,12 @@ class TVerifyTypePFunction : public TTavoUserFunction {
 };
 
 // get-type: the name of the argument's type tag as a symbol, as dtInteger.
-class TGetValueTypeFunction : public TTavoUserFunction {
-  TAVO_CLASS(TGetValueTypeFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TGetValueTypeFunction)
 
 // evenp and oddp read the argument as an integer, a float truncated.
-class TEvenPFunction : public TTavoUserFunction {
-  TAVO_CLASS(TEvenPFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TEvenPFunction)
 
-class TOddPFunction : public TTavoUserFunction {
-  TAVO_CLASS(TOddPFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TOddPFunction)
 
 class TPredicatePackage : public TUserPackage {
   TAVO_CLASS(TPredicatePackage, TUserPackage)

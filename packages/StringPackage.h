@@ -11,77 +11,23 @@ namespace tavo {
 // conversion left is appended behind a blank.
 String CLIPSFormat(const String& Control, const IValueVector& Items);
 
-class TStrFormatFunction : public TTavoUserFunction {
-  TAVO_CLASS(TStrFormatFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TStrFormatFunction)
 
-class TSymCatFunction : public TTavoUserFunction {
-  TAVO_CLASS(TSymCatFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TSymCatFunction)
 
-class TLowerCaseFunction : public TTavoUserFunction {
-  TAVO_CLASS(TLowerCaseFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TLowerCaseFunction)
 
-class TStrCatFunction : public TTavoUserFunction {
-  TAVO_CLASS(TStrCatFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TStrCatFunction)
 
-class TStrCompFunction : public TTavoUserFunction {
-  TAVO_CLASS(TStrCompFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TStrCompFunction)
 
-class TStrIndexFunction : public TTavoUserFunction {
-  TAVO_CLASS(TStrIndexFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TStrIndexFunction)
 
-class TStrLengthFunction : public TTavoUserFunction {
-  TAVO_CLASS(TStrLengthFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TStrLengthFunction)
 
-class TSubStringFunction : public TTavoUserFunction {
-  TAVO_CLASS(TSubStringFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TSubStringFunction)
 
-class TUpperCaseFunction : public TTavoUserFunction {
-  TAVO_CLASS(TUpperCaseFunction, TTavoUserFunction)
- public:
-  void InitMetaData() override;
-  void Call(TFunctionCall& FunCall, TTavoContext* Context, ITavoValue& Result) override;
-  using TTavoUserFunction::Call;
-};
+TAVO_FUNCTION(TUpperCaseFunction)
 
 class TStringPackage : public TUserPackage {
   TAVO_CLASS(TStringPackage, TUserPackage)
