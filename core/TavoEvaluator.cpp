@@ -133,6 +133,20 @@ const ITavoValue& Evaluate(const ITavoValue& Expression, TTavoContext* Context, 
   }
 }
 
+namespace {
+
+// The call a value of a call holds, when it is bound to its function; the
+// ways without values answer only for bound calls, and guard the stack as
+// the general way does.
+TFunctionCall* BoundCall(const TTavoValue& Value) {
+  auto* Call = static_cast<TFunctionCall*>(Value.GetValue().VInterface);
+  if (!Call || !Call->GetUserFunction()) return nullptr;
+  CheckStack(*Call);
+  return Call;
+}
+
+}  // namespace
+
 bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber& Result) {
   const TTavoValue* Value = Expression.Get();
   if (!Value->IsPlainClass()) return false;
@@ -146,10 +160,8 @@ bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber
       break;
     }
     case dtFunCall: {
-      auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface);
-      if (!Call || !Call->GetUserFunction()) return false;
-      CheckStack(*Call);
-      return Call->GetUserFunction()->CallNumericChecked(*Call, Context, Result);
+      TFunctionCall* Call = BoundCall(*Value);
+      return Call && Call->GetUserFunction()->CallNumericChecked(*Call, Context, Result);
     }
     case dtObject: {
       if (!Value->HoldsBindingInfo() || !Context) return false;
@@ -179,10 +191,8 @@ bool EvaluateNumber(const ITavoValue& Expression, TTavoContext* Context, TNumber
 bool EvaluateTruth(const ITavoValue& Expression, TTavoContext* Context, bool& Result) {
   const TTavoValue* Value = Expression.Get();
   if (!Value || !Value->IsPlainClass() || Value->GetDType() != dtFunCall) return false;
-  auto* Call = static_cast<TFunctionCall*>(Value->GetValue().VInterface);
-  if (!Call || !Call->GetUserFunction()) return false;
-  CheckStack(*Call);
-  return Call->GetUserFunction()->CallTruthChecked(*Call, Context, Result);
+  TFunctionCall* Call = BoundCall(*Value);
+  return Call && Call->GetUserFunction()->CallTruthChecked(*Call, Context, Result);
 }
 
 // TTavoValue
